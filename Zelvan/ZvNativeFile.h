@@ -1,0 +1,114 @@
+#pragma once
+#include "Zelvan/ZvNativeDesc.h"
+#include "ZvCore/Api.h"
+#include "ZvCore/BinXml.h"
+#include "ZvCore/IFile.h"
+#include "ZvCore/IOErrorSet.h"
+#include "ZvCore/Progress.h"
+#include "ZvCore/Status.h"
+#include "ZvCore/XString.h"
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class IZvHost;
+class ZvDrawing;
+class ZvEntity;
+class ZvMergeProfile;
+class ZvSelection;
+
+/// Options of one load or save; see the members for defaults.
+struct ZvNativeOptions {
+    int compressionLevel = 3;       ///< 0 stored, 1..5 blocks, 6..9 one solid block
+    bool blockDigests = true;       ///< write digests of outermost blocks; verify them when reading
+    bool verifyChecksum = true;     ///< reading: the whole-file digest
+    bool optionBit1 = false;        ///< header flag bit 1: readers never ask the "newer version" question
+    bool askNewerVersion = true;
+    bool purgeUnused = false;       ///< writing: purge unused table records first
+    bool selectionOnly = false;     ///< writing: only `selection` and the records that it uses
+    const ZvSelection* selection = nullptr;
+    bool preview = false;           ///< writing: store a thumbnail record
+    ZvMergeProfile* merge = nullptr;///< reading into a drawing that has content
+    IZvHost* host = nullptr;        ///< set: interactive load, questions are asked there
+    std::string fileName;           ///< for messages
+    ZvCore::IProgress* progress = nullptr;
+};
+
+/// The ".zvd" format: writes a whole drawing to a byte stream and reads it back. One object a load or save; not reused.
+/// The format itself is described in Docs/native-format.md.
+class ZV_API ZvNativeFile {
+public:
+    static constexpr int kVersion = 1075;
+    static constexpr int kOldestKnownVersion = 1013;
+    static constexpr uint64_t kHeaderSize = 104;
+    static constexpr uint32_t kEntityHeadSize = 30;
+
+    explicit ZvNativeFile(ZvNativeOptions options = {});
+    ~ZvNativeFile();
+
+    /// Neither changes the drawing on refusal at the header. Errors are gathered for GetErrors.
+    Zv::Status WriteFile(ZvDrawing* drawing, ZvCore::IFile* file);
+    Zv::Status ReadFile(ZvDrawing* drawing, ZvCore::IFile* file);
+    /// Leaves the stream position where it found it.
+    static bool IsValidFile(ZvCore::IFile* file, bool checkChecksum, XStringW& reason);
+    void GetErrors(IOErrorSet& errors) const;
+
+    // --- primitives for tables and entities; positions are those of the current target ------------------------------------
+    ZvCore::IFile& File();
+    ZvNativeDesc& Desc();
+    uint64_t StoreRecordStart();
+    void WriteRecordLength32(uint64_t start);
+    void WriteRecordLength64(uint64_t start);
+    void StartCompressBlock();
+    bool EndCompressBlock(bool forceDigest = false);
+    bool StartDecompressBlock();
+    bool SkipCompressedBlock();
+    void EndDecompressBlock();
+
+    /// length -1 measures up to the terminating zero; a null string is written as length 0.
+    bool WriteString(const char* text, int32_t length = -1);
+    bool WriteString(const char16_t* text, int32_t length = -1);
+    bool WriteString(const XStringW& text);
+    bool WriteStringHead(uint8_t encoding, int32_t length);
+    bool ReadStringHead(uint8_t& encoding, int32_t& length);
+    bool PeekString(uint8_t& encoding, int32_t& length);
+    /// `capacity` in characters, terminator included; the rest of a longer string is skipped.
+    bool ReadStringRaw(char* buffer, size_t capacity);
+    bool ReadStringRaw(char16_t* buffer, size_t capacity);
+    bool ReadStringA(XStringA& text);
+    bool ReadStringW(XStringW& text);
+    bool ReadString(XStringA& text) { return ReadStringA(text); }
+    bool ReadString(XStringW& text) { return ReadStringW(text); }
+    static void WriteCharString(const XStringW& text, char* field, size_t size);
+    static XStringW ReadCharString(const char* field, size_t size);
+    bool WriteBinXml(const ZvCore::BinXmlDocument& document);
+    bool WriteBinXml(const ZvCore::BinXmlNode& node);
+    bool ReadBinXml(ZvCore::BinXmlDocument& document);
+    bool ReadBinXml(ZvCore::BinXmlNode& node);
+
+    /// Writes the count of records really stored, then the records; returns the number written.
+    int64_t WriteEntityList(const std::vector<ZvEntity*>& entities);
+    /// Appends what was read; returns the number read (count minus failures). The caller owns the entities.
+    int64_t ReadEntityList(std::vector<std::unique_ptr<ZvEntity>>& entities);
+    std::unique_ptr<ZvEntity> ReadProxyObject();
+
+    /// Adds an error to this operation's set and reports it under its number.
+    void AddError(int code, std::string text);
+    /// Stops the remaining sections; clean-up still runs.
+    void Abort();
+    bool IsAborted() const;
+    const ZvNativeOptions& Options() const;
+
+    /// Always answers method 1 with the level passed.
+    static void GetCompressionFormat(int level, uint32_t& method, int& formatLevel);
+    static bool Compress(uint32_t method, int level, const std::vector<uint8_t>& source, std::vector<uint8_t>& target);
+    static bool Decompress(uint32_t method, const std::vector<uint8_t>& source, std::vector<uint8_t>& target, size_t expected);
+    /// Lowest format version that may read a file of this version.
+    static int MinimumReaderVersion(int version);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
