@@ -1,0 +1,59 @@
+#pragma once
+#include "ZvCore/Api.h"
+#include "ZvCore/DateTime.h"
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The one door to the operating system. Posix/ and Win32/ hold the two answers.
+namespace ZvPlatform {
+
+/// Narrow text in the thread's ANSI code page (UTF-8 on POSIX), and back. Characters that it lacks become '?'.
+ZV_API std::u16string AnsiToWide(std::string_view text);
+ZV_API std::string WideToAnsi(std::u16string_view text);
+
+struct MemoryStatus {
+    uint64_t physicalBytes = 0;
+    unsigned loadPercent = 0; ///< share of physical memory in use, 0..100
+};
+/// False when the system does not tell.
+ZV_API bool GetMemoryStatus(MemoryStatus& out);
+
+/// Fills with random bytes of the system's entropy source.
+ZV_API void RandomBytes(void* bytes, size_t count);
+
+ZV_API uint64_t ProcessId();
+ZV_API bool IsProcessAlive(uint64_t id);
+/// Peak and current resident memory of this process in bytes; 0 when unknown.
+ZV_API uint64_t ResidentBytes();
+ZV_API uint64_t PeakResidentBytes();
+
+/// File operations that survive a power cut as far as the system allows. All return an empty string on success, else
+/// the system's reason in words.
+/// Puts `from` in the place of `to` in one step: whoever opens `to` finds the old or the new file, never none.
+ZV_API std::string RenameReplace(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Gives the file a second name, or a copy where the file system has no links. A file at `to` is replaced in one step.
+ZV_API std::string HardLinkOrCopy(const std::filesystem::path& from, const std::filesystem::path& to);
+ZV_API std::string DeleteFileIfThere(const std::filesystem::path& path);
+/// Waits until renames in the folder are on the medium (nothing to do on Windows, where they are written through).
+ZV_API std::string SyncFolder(const std::filesystem::path& folder);
+ZV_API bool IsFolderWritable(const std::filesystem::path& folder);
+
+/// Path from UTF-8 command-line or document text, and back.
+ZV_API std::filesystem::path PathFromUtf8(std::string_view text);
+ZV_API std::string PathToUtf8(const std::filesystem::path& path);
+
+/// The arguments of the program as UTF-8, the program's name first. On Windows `argv` is in the ANSI code page and
+/// cannot hold every name, so the system is asked again.
+ZV_API std::vector<std::string> CommandLine(int argc, char** argv);
+
+/// True after the user asked to stop (Ctrl-C); InstallInterruptHandler must have been called once.
+ZV_API void InstallInterruptHandler();
+ZV_API bool WasInterrupted();
+ZV_API void ClearInterrupt();
+/// Whether standard error is a terminal (progress is shown there only).
+ZV_API bool IsTerminal();
+
+} // namespace ZvPlatform

@@ -1,0 +1,26 @@
+#pragma once
+#include "ZvCore/Api.h"
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+/// Arena from which loaded entities take their variable-size blocks. Allocation bumps a pointer in blocks of 1 MiB
+/// (a larger request gets a block of its own); nothing is freed singly, everything with the heap.
+/// Results are aligned to 4 bytes: users read doubles through memcpy.
+class ZV_API ZvcDumbHeap {
+public:
+    void* Alloc(size_t bytes);
+    /// Bytes handed out, and bytes taken from the system for them.
+    size_t BytesUsed() const { return m_used; }
+    size_t MemUsage() const { return m_reserved; }
+    void Clear();
+
+private:
+    static constexpr size_t kBlock = size_t(1) << 20;
+    std::vector<std::unique_ptr<uint8_t[]>> m_blocks;
+    uint8_t* m_next = nullptr;
+    size_t m_left = 0;
+    size_t m_used = 0;
+    size_t m_reserved = 0;
+};
