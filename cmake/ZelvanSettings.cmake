@@ -13,8 +13,7 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
 endif()
 # Assertions stay on in RelWithDebInfo; Release leaves them out.
-set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
-set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+string(REGEX REPLACE "[-/]DNDEBUG" "" CMAKE_CXX_FLAGS_RELWITHDEBINFO "${CMAKE_CXX_FLAGS_RELWITHDEBINFO}")
 
 # Programs and DLLs lie in one folder: that is where Windows looks for a DLL.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
@@ -50,6 +49,11 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     target_compile_options(zelvan_settings INTERFACE -Werror)
   endif()
 endif()
+if(MSVC)
+  # Exported classes hold members of the standard library by design: host and engine use one compiler and runtime.
+  target_compile_options(zelvan_settings INTERFACE
+    /W4 /utf-8 /permissive- /Zc:__cplusplus /bigobj /wd4251 /wd4275)
+endif()
 if(WIN32)
   target_compile_definitions(zelvan_settings INTERFACE
     UNICODE _UNICODE WINVER=0x0A00 _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
@@ -60,6 +64,9 @@ if(ZELVAN_SANITIZE)
     -fsanitize=${ZELVAN_SANITIZE} -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   target_compile_definitions(zelvan_settings INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(zelvan_settings INTERFACE -fsanitize=${ZELVAN_SANITIZE})
+endif()
+if(ZELVAN_BUILD_FUZZ)
+  target_compile_options(zelvan_settings INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 if(NOT WIN32 AND NOT APPLE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

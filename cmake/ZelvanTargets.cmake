@@ -17,6 +17,11 @@ file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/levels/tests/Tests)
 file(CREATE_LINK ${PROJECT_SOURCE_DIR}/Tests/Support ${PROJECT_BINARY_DIR}/levels/tests/Tests/Support
      SYMBOLIC COPY_ON_ERROR)
 
+# How a program of this build names a file of this machine: Wine shows the root folder as drive Z.
+if(CMAKE_CROSSCOMPILING AND WIN32)
+  set(ZELVAN_ROOT_DRIVE "Z:")
+endif()
+
 set(ZELVAN_PCH_HEADERS
   <algorithm> <array> <cmath> <cstdint> <cstring> <filesystem> <functional> <map> <memory> <optional> <span>
   <string> <string_view> <unordered_map> <utility> <vector>)
@@ -45,7 +50,7 @@ function(zelvan_precompile TARGET)
   endif()
 endfunction()
 
-# A module of level 2: a static library made of FOLDER when it holds sources and every PACKAGES target exists.
+# A module of level 2: a static library made of FOLDER when that holds sources.
 function(zelvan_module TARGET FOLDER)
   cmake_parse_arguments(ARG "" "" "LIBRARIES" ${ARGN})
   zelvan_sources(_sources ${CMAKE_CURRENT_SOURCE_DIR}/${FOLDER})
@@ -55,4 +60,15 @@ function(zelvan_module TARGET FOLDER)
   add_library(${TARGET} STATIC ${_sources})
   zelvan_setup(${TARGET} 2)
   target_link_libraries(${TARGET} PUBLIC zelvan PRIVATE zelvan_fmt ${ARG_LIBRARIES})
+endfunction()
+
+# Links whichever of the named modules were built; the code knows them by ZELVAN_HAVE_<MODULE>.
+function(zelvan_use_modules TARGET)
+  foreach(_module ${ARGN})
+    if(TARGET zelvan_${_module})
+      string(TOUPPER ${_module} _upper)
+      target_link_libraries(${TARGET} PRIVATE zelvan_${_module})
+      target_compile_definitions(${TARGET} PRIVATE ZELVAN_HAVE_${_upper})
+    endif()
+  endforeach()
 endfunction()

@@ -1,0 +1,33 @@
+# A folder must see the headers of its own level and below, and none above: neither through its include root nor by
+# climbing out of it.
+set(_folders ZvCore Zelvan Modules Apps)
+set(_probe ${BINARY_DIR}/levels_probe.cpp)
+
+foreach(_level RANGE 3)
+  foreach(_other RANGE 3)
+    list(GET _folders ${_other} _folder)
+    file(GLOB_RECURSE _headers RELATIVE ${SOURCE_DIR} ${SOURCE_DIR}/${_folder}/*.h)
+    if(NOT _headers)
+      continue()
+    endif()
+    list(GET _headers 0 _header)
+    file(WRITE ${_probe} "#if !__has_include(\"${_header}\")\n#error not in sight\n#endif\n")
+    execute_process(COMMAND ${COMPILER} -E -I ${BINARY_DIR}/levels/${_level} ${_probe}
+                    RESULT_VARIABLE _failed OUTPUT_QUIET ERROR_QUIET)
+    if(_other GREATER _level AND _failed EQUAL 0)
+      message(SEND_ERROR "level ${_level} can include ${_header}")
+    elseif(NOT _other GREATER _level AND NOT _failed EQUAL 0)
+      message(SEND_ERROR "level ${_level} cannot include ${_header}")
+    endif()
+  endforeach()
+endforeach()
+
+foreach(_folder ${_folders})
+  file(GLOB_RECURSE _files ${SOURCE_DIR}/${_folder}/*.h ${SOURCE_DIR}/${_folder}/*.cpp)
+  foreach(_file ${_files})
+    file(STRINGS ${_file} _climbs REGEX "^[ \t]*#[ \t]*include[ \t]+\".*\\.\\./")
+    if(_climbs)
+      message(SEND_ERROR "${_file} leaves its include root: ${_climbs}")
+    endif()
+  endforeach()
+endforeach()

@@ -1,0 +1,36 @@
+# Installs the engine into the build tree, then configures, builds and runs the sample host against it as a stranger
+# would.
+set(_prefix ${BINARY_DIR}/package-test/prefix)
+set(_build ${BINARY_DIR}/package-test/host)
+file(REMOVE_RECURSE ${BINARY_DIR}/package-test)
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE _failed OUTPUT_VARIABLE _out ERROR_VARIABLE _out)
+  set(RUN_OUTPUT "${_out}" PARENT_SCOPE)
+  if(_failed)
+    list(JOIN ARGN " " _line)
+    message(FATAL_ERROR "${_line}\n${_out}")
+  endif()
+endfunction()
+
+set(_options -DCMAKE_BUILD_TYPE=${CONFIG})
+if(TOOLCHAIN)
+  list(APPEND _options -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
+else()
+  list(APPEND _options -DCMAKE_CXX_COMPILER=${COMPILER})
+endif()
+if(SANITIZE)
+  list(APPEND _options -DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE})
+endif()
+
+run(${CMAKE_COMMAND} --install ${BINARY_DIR} --config ${CONFIG} --prefix ${_prefix})
+file(GLOB_RECURSE _config ${_prefix}/*/ZelvanConfig.cmake)
+get_filename_component(_config_dir "${_config}" DIRECTORY)
+run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/Samples/host -B ${_build} -G ${GENERATOR} ${_options}
+    -DZelvan_DIR=${_config_dir})
+run(${CMAKE_COMMAND} --build ${_build} --config ${CONFIG})
+run(${EMULATOR} ${_build}/host${EXECUTABLE_SUFFIX})
+message("${RUN_OUTPUT}")
+if(NOT RUN_OUTPUT MATCHES "${VERSION}")
+  message(FATAL_ERROR "the host does not name engine ${VERSION}")
+endif()
