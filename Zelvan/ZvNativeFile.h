@@ -18,22 +18,27 @@ class ZvDrawing;
 class ZvEntity;
 class ZvMergeProfile;
 class ZvSelection;
+struct ZvPreviewBitmap;
 
 /// Options of one load or save; see the members for defaults.
 struct ZvNativeOptions {
-    int compressionLevel = 3;       ///< 0 stored, 1..5 blocks, 6..9 one solid block
-    bool blockDigests = true;       ///< write digests of outermost blocks; verify them when reading
-    bool verifyChecksum = true;     ///< reading: the whole-file digest
-    bool optionBit1 = false;        ///< header flag bit 1: readers never ask the "newer version" question
+    int compressionLevel = 3;   ///< 0 stored, 1..5 blocks, 6..9 one solid block
+    bool blockDigests = true;   ///< write digests of outermost blocks; verify them when reading
+    bool verifyChecksum = true; ///< reading: the whole-file digest
+    bool optionBit1 = false;    ///< header flag bit 1: readers never ask the "newer version" question
     bool askNewerVersion = true;
-    bool purgeUnused = false;       ///< writing: purge unused table records first
-    bool selectionOnly = false;     ///< writing: only `selection` and the records that it uses
-    const ZvSelection* selection = nullptr;
-    bool preview = false;           ///< writing: store a thumbnail record
-    ZvMergeProfile* merge = nullptr;///< reading into a drawing that has content
-    IZvHost* host = nullptr;        ///< set: interactive load, questions are asked there
-    std::string fileName;           ///< for messages
+    bool purgeUnused = false;         ///< writing: purge unused table records first
+    bool selectionOnly = false;       ///< writing: only `selection` and the records that it uses
+    ZvSelection* selection = nullptr; ///< reading: entities that the load removes are taken out of it
+    bool preview = false;             ///< writing: store a thumbnail record
+    /// Draws the thumbnail into the bitmap (its size is set). Empty: the engine's own raster surface.
+    std::function<bool(ZvDrawing&, ZvPreviewBitmap&)> previewRenderer;
+    ZvMergeProfile* merge = nullptr; ///< reading into a drawing that has content
+    IZvHost* host = nullptr;         ///< set: interactive load, questions are asked there
+    std::string fileName;            ///< for messages
     ZvCore::IProgress* progress = nullptr;
+    bool threads =
+        true; ///< a worker thread prepares blocks ahead; what is read and written is the same without it
 };
 
 /// The ".zvd" format: writes a whole drawing to a byte stream and reads it back. One object a load or save; not reused.
@@ -53,6 +58,9 @@ public:
     Zv::Status ReadFile(ZvDrawing* drawing, ZvCore::IFile* file);
     /// Leaves the stream position where it found it.
     static bool IsValidFile(ZvCore::IFile* file, bool checkChecksum, XStringW& reason);
+    /// Reads the file into a scratch drawing and takes its thumbnail. False when the file does not load or holds none; `text` (may be
+    /// null) is filled with author, dates and version whenever the file loads.
+    static bool GetPreviewBitmap(ZvCore::IFile* file, XStringW* text, ZvPreviewBitmap& bitmap);
     void GetErrors(IOErrorSet& errors) const;
 
     // --- primitives for tables and entities; positions are those of the current target ------------------------------------
@@ -92,7 +100,17 @@ public:
     int64_t WriteEntityList(const std::vector<ZvEntity*>& entities);
     /// Appends what was read; returns the number read (count minus failures). The caller owns the entities.
     int64_t ReadEntityList(std::vector<std::unique_ptr<ZvEntity>>& entities);
+    /// The long form for what a layer or a block owns: a head (u64 length of the whole chain, u64 entities, u32 blocks), then
+    /// blocks of a few MiB, each an entity list. Written at depth 0 the blocks are the outermost ones: they are
+    /// compressed and digested singly, and prepared by a worker thread. A save of a selection leaves out what is not
+    /// selected here. Both return what the list forms return.
+    int64_t WriteEntityChunks(const std::vector<ZvEntity*>& entities);
+    int64_t ReadEntityChunks(std::vector<std::unique_ptr<ZvEntity>>& entities);
+    bool SkipEntityChunks();
+    /// The record at the position as an entity that keeps its bytes; null (nothing moved) when it cannot be read.
     std::unique_ptr<ZvEntity> ReadProxyObject();
+    /// False for what this save leaves out: erased entities, and in a save of a selection what is not selected.
+    bool IsSaved(const ZvEntity& entity) const;
 
     /// Adds an error to this operation's set and reports it under its number.
     void AddError(int code, std::string text);
@@ -103,8 +121,10 @@ public:
 
     /// Always answers method 1 with the level passed.
     static void GetCompressionFormat(int level, uint32_t& method, int& formatLevel);
-    static bool Compress(uint32_t method, int level, const std::vector<uint8_t>& source, std::vector<uint8_t>& target);
-    static bool Decompress(uint32_t method, const std::vector<uint8_t>& source, std::vector<uint8_t>& target, size_t expected);
+    static bool Compress(uint32_t method, int level, const std::vector<uint8_t>& source,
+                         std::vector<uint8_t>& target);
+    static bool Decompress(uint32_t method, const std::vector<uint8_t>& source, std::vector<uint8_t>& target,
+                           size_t expected);
     /// Lowest format version that may read a file of this version.
     static int MinimumReaderVersion(int version);
 
