@@ -85,12 +85,12 @@ public:
     };
     /// Bits of the public flag word (files, scripts).
     enum PublicFlag : uint32_t {
-        kPubReactable = 1,
-        kPubSelectable = 2,
-        kPubVisible = 4,
-        kPubErased = 8,
-        kPubAssociated = 16,
-        kPubSubscriber = 32,
+        kPubReactable = 1 << 0,
+        kPubSelectable = 1 << 2,
+        kPubVisible = 1 << 3,
+        kPubErased = 1 << 4,
+        kPubAssociated = 1 << 5,
+        kPubSubscriber = 1 << 6,
         kPubLineCap1 = 0x100,
         kPubLineCap2 = 0x200,
         kPubKeepAsProxy = 0x80000000u, ///< only in files: an older program keeps a kind that it does not know
