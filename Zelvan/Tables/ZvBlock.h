@@ -1,5 +1,6 @@
 #pragma once
 #include "Zelvan/Tables/ZvTableRecord.h"
+#include "Zelvan/ZvBNodeContainer.h"
 #include "Zelvan/ZvBounds.h"
 #include "Zelvan/ZvName.h"
 #include "ZvCore/Vec.h"
@@ -9,7 +10,7 @@ class ZvEntity;
 
 /// A block: entities in a tree of their own, around a base point, shown wherever a block reference places them. The entities
 /// have names in the drawing, but lie on no layer.
-class ZV_API ZvBlock : public ZvTableRecord {
+class ZV_API ZvBlock : public ZvTableRecord, private IZvBNodeContainer {
 public:
     ZvBlock();
     ~ZvBlock() override;
@@ -56,6 +57,11 @@ protected:
     void FieldsChanged() override;
 
 private:
+    ZvDrawing* TreeDrawing() const override { return GetParentDrawing(); }
+    ZvLayer* TreeLayer() const override { return nullptr; }
+    int TreeLayerIndex() const override { return -1; }
+    void TreeTouched(ZvEntity* entity) override;
+
     std::unique_ptr<ZvBNode> m_tree;
     Vec3d m_basePoint;
     XStringW m_description;

@@ -1,5 +1,6 @@
 #pragma once
 #include "Zelvan/Tables/ZvTableRecord.h"
+#include "Zelvan/ZvBNodeContainer.h"
 #include "Zelvan/ZvBrush.h"
 #include "Zelvan/ZvColor.h"
 #include "Zelvan/ZvLineType.h"
@@ -17,7 +18,7 @@ class ZvTextStyle;
 
 /// A layer: the entities that lie on it, in a spatial tree, the values that by-layer entities take from it, and the switches that
 /// say what can be done with them.
-class ZV_API ZvLayer : public ZvTableRecord {
+class ZV_API ZvLayer : public ZvTableRecord, private IZvBNodeContainer {
 public:
     /// The loader of a delayed layer brings the entities in (see SetDelayLoaded). False: they could not be read.
     using Loader = std::function<bool(ZvLayer&)>;
@@ -127,6 +128,11 @@ protected:
     void FieldsChanged() override;
 
 private:
+    ZvDrawing* TreeDrawing() const override { return GetParentDrawing(); }
+    ZvLayer* TreeLayer() const override { return const_cast<ZvLayer*>(this); }
+    int TreeLayerIndex() const override { return GetTableIndex(); }
+    void TreeTouched(ZvEntity* entity) override;
+
     std::unique_ptr<ZvBNode> m_tree;
     std::unique_ptr<ZvAttributeTable> m_attributes;
     Loader m_loader;
