@@ -1,6 +1,7 @@
 #pragma once
 #include "ZvCore/Api.h"
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 /// Errors gathered during one load or save and shown at its end. Equal texts are kept once, with a count.
@@ -16,7 +17,7 @@ public:
 
     void Add(int code, std::string text, Severity severity = Severity::Error);
     void AddAll(const IOErrorSet& other);
-    void Clear() { m_items.clear(); }
+    void Clear();
     bool IsEmpty() const { return m_items.empty(); }
     bool HasErrors() const;
     bool Has(int code) const;
@@ -25,5 +26,7 @@ public:
     std::string ToString() const;
 
 private:
+    void AddItem(Item item);
     std::vector<Item> m_items;
+    std::unordered_map<std::string, size_t> m_index; // code, severity and text to place in m_items
 };

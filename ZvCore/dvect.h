@@ -8,7 +8,8 @@
 #include <utility>
 
 /// Growable array of values with 32-bit counts: capacity doubles, minimum 2. 16 bytes of its own, which is why
-/// tree nodes use it instead of std::vector (24). Indices are not checked outside assertions builds.
+/// tree nodes use it instead of std::vector (24). Indices are not checked. More than 2^32 - 1 items are refused with
+/// std::bad_alloc.
 template <class T>
 class dvect {
 public:
@@ -52,7 +53,7 @@ public:
 
     void push_back(T item) {
         if (m_size == m_capacity)
-            Reallocate(std::max<size_t>(2, size_t(m_capacity) * 2));
+            Grow();
         new (m_data + m_size) T(std::move(item));
         ++m_size;
     }
@@ -66,11 +67,12 @@ public:
         push_back(std::move(item));
         std::rotate(m_data + i, m_data + m_size - 1, m_data + m_size);
     }
+    /// `items` must not lie in this array.
     void assign(const T* items, size_t count) {
         clear();
         reserve(count);
-        for (size_t i = 0; i < count; ++i)
-            push_back(items[i]);
+        std::uninitialized_copy_n(items, count, m_data);
+        m_size = uint32_t(count);
     }
     void reserve(size_t count) {
         if (count > m_capacity)
@@ -102,7 +104,13 @@ public:
     }
 
 private:
+    void Grow() {
+        const size_t doubled = std::max<size_t>(2, size_t(m_capacity) * 2);
+        Reallocate(m_size < UINT32_MAX ? std::min<size_t>(doubled, UINT32_MAX) : doubled);
+    }
     void Reallocate(size_t capacity) {
+        if (capacity > UINT32_MAX)
+            throw std::bad_alloc();
         T* fresh = std::allocator<T>().allocate(capacity);
         std::uninitialized_move_n(m_data, m_size, fresh);
         std::destroy_n(m_data, m_size);

@@ -1,0 +1,112 @@
+#include "ZvCore/Platform/Platform.h"
+#include "ZvCore/Unicode.h"
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sys/random.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace ZvPlatform {
+
+namespace {
+
+std::atomic<bool> g_interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "set inside a signal handler");
+
+/// "MemAvailable:  123 kB" of a Linux status file in bytes; 0 when it is not there.
+uint64_t KilobyteField(const char* file, std::string_view field) {
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);)
+        if (line.starts_with(field) && line.size() > field.size() && line[field.size()] == ':')
+            return std::strtoull(line.c_str() + field.size() + 1, nullptr, 10) * 1024;
+    return 0;
+}
+
+} // namespace
+
+std::u16string AnsiToWide(std::string_view text) {
+    return ZvCore::Unicode::Utf8To16(text);
+}
+
+std::string WideToAnsi(std::u16string_view text) {
+    return ZvCore::Unicode::Utf16To8(text);
+}
+
+bool GetMemoryStatus(MemoryStatus& out) {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0)
+        return false;
+    const uint64_t physical = uint64_t(pages) * uint64_t(pageSize);
+    // Not the free pages: what the system keeps only as a cache of files is available, too.
+    uint64_t available = KilobyteField("/proc/meminfo", "MemAvailable");
+    if (available == 0)
+        return false;
+    available = std::min(available, physical);
+    out.physicalBytes = physical;
+    out.loadPercent = unsigned((physical - available) * 100 / physical);
+    return true;
+}
+
+void RandomBytes(void* bytes, size_t count) {
+    auto* at = static_cast<unsigned char*>(bytes);
+    constexpr size_t mostPerCall = 256;
+    while (count > 0) {
+        const size_t n = std::min(count, mostPerCall);
+        if (getentropy(at, n) != 0) {
+            std::fputs("the system has no entropy source\n", stderr);
+            std::abort(); // identifiers that repeat would mix up drawings
+        }
+        at += n;
+        count -= n;
+    }
+}
+
+uint64_t ProcessId() {
+    return uint64_t(getpid());
+}
+
+bool IsProcessAlive(uint64_t id) {
+    const auto pid = pid_t(id);
+    return pid > 0 && uint64_t(pid) == id && (kill(pid, 0) == 0 || errno == EPERM);
+}
+
+uint64_t ResidentBytes() {
+    return KilobyteField("/proc/self/status", "VmRSS");
+}
+
+uint64_t PeakResidentBytes() {
+    rusage usage{};
+    return getrusage(RUSAGE_SELF, &usage) == 0 ? uint64_t(usage.ru_maxrss) * 1024 : 0;
+}
+
+std::vector<std::string> CommandLine(int argc, char** argv) {
+    return {argv, argv + argc};
+}
+
+void InstallInterruptHandler() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { g_interrupted = true; };
+    action.sa_flags = int(SA_RESETHAND) | SA_RESTART; // a second Ctrl-C ends the program
+    sigaction(SIGINT, &action, nullptr);
+}
+
+bool WasInterrupted() {
+    return g_interrupted;
+}
+
+void ClearInterrupt() {
+    g_interrupted = false;
+}
+
+bool IsTerminal() {
+    return isatty(STDERR_FILENO) == 1;
+}
+
+} // namespace ZvPlatform

@@ -1,0 +1,87 @@
+#include "ZvCore/Platform/Platform.h"
+#include "ZvCore/Platform/Win32/Win32.h"
+#include "ZvCore/Unicode.h"
+
+namespace ZvPlatform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path TemporaryBeside(const fs::path& path) {
+    uint64_t random = 0;
+    RandomBytes(&random, sizeof random);
+    fs::path name = path;
+    name += L".tmp" + std::to_wstring(random);
+    return name;
+}
+
+} // namespace
+
+std::string RenameReplace(const fs::path& from, const fs::path& to) {
+    // Virus scanners and indexers open new files for a moment.
+    constexpr int mostTries = 6;
+    constexpr DWORD pauseMilliseconds = 20;
+    for (int attempt = 1;; ++attempt) {
+        if (MoveFileExW(SystemPath(from).c_str(), SystemPath(to).c_str(),
+                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            return {};
+        const DWORD error = GetLastError();
+        std::error_code ignored;
+        const bool mayPass = error == ERROR_SHARING_VIOLATION ||
+                             (error == ERROR_ACCESS_DENIED && !fs::is_directory(to, ignored));
+        if (!mayPass || attempt == mostTries)
+            return SystemReason(error, to);
+        Sleep(pauseMilliseconds);
+    }
+}
+
+std::string HardLinkOrCopy(const fs::path& from, const fs::path& to) {
+    std::error_code failed;
+    if (!fs::exists(from, failed))
+        return SystemReason(ERROR_FILE_NOT_FOUND, from);
+    if (fs::equivalent(from, to, failed) && !failed)
+        return {}; // two names of one file already
+    const fs::path temporary = TemporaryBeside(to);
+    const std::wstring name = SystemPath(temporary);
+    if (!CreateHardLinkW(name.c_str(), SystemPath(from).c_str(), nullptr) &&
+        !CopyFileW(SystemPath(from).c_str(), name.c_str(), TRUE))
+        return SystemReason(GetLastError(), to);
+    const std::string why = RenameReplace(temporary, to);
+    if (!why.empty())
+        DeleteFileW(name.c_str());
+    return why;
+}
+
+std::string DeleteFileIfThere(const fs::path& path) {
+    if (DeleteFileW(SystemPath(path).c_str()))
+        return {};
+    const DWORD error = GetLastError();
+    const bool isGone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    return isGone ? std::string() : SystemReason(error, path);
+}
+
+std::string SyncFolder(const fs::path&) {
+    return {};
+}
+
+bool IsFolderWritable(const fs::path& folder) {
+    const fs::path probe = TemporaryBeside((folder.empty() ? fs::path(L".") : folder) / L"probe");
+    const HANDLE handle = CreateFileW(SystemPath(probe).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    CloseHandle(handle);
+    return true;
+}
+
+fs::path PathFromUtf8(std::string_view text) {
+    const std::u16string wide = ZvCore::Unicode::Utf8To16(text);
+    return std::wstring(AsWide(wide.data()), wide.size());
+}
+
+std::string PathToUtf8(const fs::path& path) {
+    return ZvCore::Unicode::Utf16To8(AsUtf16(path.native()));
+}
+
+} // namespace ZvPlatform
