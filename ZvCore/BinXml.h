@@ -37,6 +37,13 @@ public:
     int64_t GetInt(std::string_view name, int64_t fallback) const;
     double GetDouble(std::string_view name, double fallback) const;
     XStringW GetString(std::string_view name, const XStringW& fallback) const;
+    /// The same rule for a value that was found elsewhere; null is allowed.
+    template <class T>
+    static T ValueOr(const Value* value, const T& fallback) {
+        const T* typed = value ? std::get_if<T>(value) : nullptr;
+        return typed ? *typed : fallback;
+    }
+    static double DoubleOr(const Value* value, double fallback);
 
     BinXmlNode& AddChild(std::string name);
     /// First child of that name, or null.
@@ -46,12 +53,17 @@ public:
     std::vector<BinXmlNode>& Children() { return m_children; }
     friend bool operator==(const BinXmlNode&, const BinXmlNode&) = default;
 
-    /// Self-describing encoding, described in Docs/native-format.md. False after an I/O error.
+    /// Encoding, little-endian: a node is its name, u32 count of attributes, the attributes, u32 count of children, the
+    /// children. A name is u16 count of bytes, UTF-8. An attribute is its name, u8 type and the value: 1 bool as u8,
+    /// 2 int64, 3 double, 4 u32 count and UTF-16 code units, 5 u32 count and bytes. Nodes nest at most 64 deep.
+    /// False after an I/O error, and for a node that cannot be expressed (names too long, nesting too deep).
     bool Write(IFile& file) const;
-    /// False with `why` set on malformed input; depth is limited to 64, counts by the remaining bytes.
+    /// False with `why` set on malformed input, this node untouched; no more is allocated than the remaining bytes can
+    /// fill.
     bool Read(IFile& file, std::string& why);
 
 private:
+    bool WriteNode(IFile& file, int depth) const;
     bool ReadNode(IFile& file, int depth, std::string& why);
     std::string m_name;
     std::vector<Attribute> m_attributes;

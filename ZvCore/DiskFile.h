@@ -1,6 +1,7 @@
 #pragma once
 #include "ZvCore/IFile.h"
 #include <filesystem>
+#include <memory>
 
 namespace ZvCore {
 
@@ -14,8 +15,13 @@ public:
         Create,   ///< makes or truncates, read and write
         CreateNew ///< fails when the name exists
     };
+    enum class Access {
+        Mapped,  ///< through the system's mapping where it can, else buffered
+        Buffered ///< for files that others may shorten meanwhile: that is then a failure of the read
+    };
     /// Null with `why` set ("cannot open 'x': no such file") when it cannot be opened.
-    static std::unique_ptr<DiskFile> Open(const std::filesystem::path& path, Mode mode, std::string& why);
+    static std::unique_ptr<DiskFile> Open(const std::filesystem::path& path, Mode mode, std::string& why,
+                                          Access access = Access::Mapped);
     ~DiskFile() override;
 
     bool Error() const override;

@@ -84,7 +84,7 @@ private:
     bool m_isView = false;
     bool m_failed = false;
     bool m_refuseWrites = false;
-    std::vector<uint8_t> m_adopted;
+    std::vector<uint8_t> m_adopted; // not empty while m_data lies in it
     std::string m_why;
 };
 

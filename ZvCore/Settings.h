@@ -25,6 +25,7 @@ public:
     friend bool operator==(const Settings&, const Settings&) = default;
 
 private:
+    const BinXmlNode::Value* Find(std::string_view key) const;
     std::map<std::string, BinXmlNode::Value, std::less<>> m_values;
 };
 

@@ -6,10 +6,15 @@
 #include <vector>
 
 /// Arena from which loaded entities take their variable-size blocks. Allocation bumps a pointer in blocks of 1 MiB
-/// (a larger request gets a block of its own); nothing is freed singly, everything with the heap.
+/// (a request above a quarter of that gets memory of its own when it does not fit); nothing is freed singly, everything
+/// with the heap.
 /// Results are aligned to 4 bytes: users read doubles through memcpy.
 class ZV_API ZvcDumbHeap {
 public:
+    ZvcDumbHeap() = default;
+    ZvcDumbHeap(const ZvcDumbHeap&) = delete;
+    ZvcDumbHeap& operator=(const ZvcDumbHeap&) = delete;
+    /// Null when there is no memory.
     void* Alloc(size_t bytes);
     /// Bytes handed out, and bytes taken from the system for them.
     size_t BytesUsed() const { return m_used; }
@@ -17,6 +22,7 @@ public:
     void Clear();
 
 private:
+    uint8_t* AddBlock(size_t bytes);
     static constexpr size_t kBlock = size_t(1) << 20;
     std::vector<std::unique_ptr<uint8_t[]>> m_blocks;
     uint8_t* m_next = nullptr;

@@ -1,0 +1,167 @@
+#include "ZvCore/SlabPool.h"
+#include <cstdint>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define ZV_POOL_OFF
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZV_POOL_OFF
+#endif
+#endif
+
+#ifdef ZV_POOL_OFF
+
+void* SlabPool::Alloc(size_t bytes) {
+    return ::operator new(bytes);
+}
+
+void SlabPool::Free(void* object, size_t bytes) noexcept {
+    ::operator delete(object, bytes);
+}
+
+SlabPool::Usage SlabPool::GetUsage() {
+    return {};
+}
+
+#else
+
+namespace {
+
+constexpr size_t kClasses = SlabPool::kLargest / SlabPool::kGranule;
+
+struct FreeObject {
+    FreeObject* next;
+};
+
+/// Lies at the start of its memory, which is aligned to its own size: an object's slab is found by masking its address.
+/// A slab is in its class's list while it has room.
+struct alignas(64) Slab {
+    Slab* previous = nullptr;
+    Slab* next = nullptr;
+    FreeObject* freed = nullptr; ///< objects given back
+    uint32_t fresh = 0;          ///< offset of what was never handed out
+    uint32_t live = 0;           ///< objects in use
+    bool isListed = false;
+};
+
+/// Objects of one size. Slabs with room are listed; the first of them serves.
+class SizeClass {
+public:
+    void* Alloc(size_t objectSize) {
+        Slab* slab = m_withRoom ? m_withRoom : AddSlab();
+        ++slab->live;
+        ++m_live;
+        if (FreeObject* object = slab->freed) {
+            slab->freed = object->next;
+            if (!object->next && !HasFresh(slab, objectSize))
+                Unlist(slab);
+            return object;
+        }
+        void* object = reinterpret_cast<char*>(slab) + slab->fresh;
+        slab->fresh += uint32_t(objectSize);
+        if (!HasFresh(slab, objectSize))
+            Unlist(slab);
+        return object;
+    }
+
+    void Free(void* object) noexcept {
+        auto* slab =
+            reinterpret_cast<Slab*>(reinterpret_cast<uintptr_t>(object) & ~uintptr_t(SlabPool::kSlab - 1));
+        slab->freed = new (object) FreeObject{slab->freed};
+        --m_live;
+        if (!slab->isListed)
+            List(slab);
+        if (--slab->live == 0)
+            Retire(slab);
+    }
+
+    size_t Live() const { return m_live; }
+    size_t Slabs() const { return m_slabs; }
+
+private:
+    static bool HasFresh(const Slab* slab, size_t objectSize) {
+        return slab->fresh + objectSize <= SlabPool::kSlab;
+    }
+
+    Slab* AddSlab() {
+        if (m_spare) {
+            Slab* slab = m_spare;
+            m_spare = nullptr;
+            List(slab);
+            return slab;
+        }
+        void* memory = ::operator new(SlabPool::kSlab, std::align_val_t(SlabPool::kSlab));
+        auto* slab = new (memory) Slab;
+        slab->fresh = sizeof(Slab);
+        ++m_slabs;
+        List(slab);
+        return slab;
+    }
+
+    /// One empty slab is kept, so that an object that comes and goes does not cost a slab each time.
+    void Retire(Slab* slab) {
+        Unlist(slab);
+        if (!m_spare) {
+            slab->freed = nullptr;
+            slab->fresh = sizeof(Slab);
+            m_spare = slab;
+            return;
+        }
+        --m_slabs;
+        ::operator delete(slab, SlabPool::kSlab, std::align_val_t(SlabPool::kSlab));
+    }
+
+    void List(Slab* slab) {
+        slab->previous = nullptr;
+        slab->next = m_withRoom;
+        if (m_withRoom)
+            m_withRoom->previous = slab;
+        m_withRoom = slab;
+        slab->isListed = true;
+    }
+
+    void Unlist(Slab* slab) {
+        (slab->previous ? slab->previous->next : m_withRoom) = slab->next;
+        if (slab->next)
+            slab->next->previous = slab->previous;
+        slab->isListed = false;
+    }
+
+    Slab* m_withRoom = nullptr;
+    Slab* m_spare = nullptr;
+    size_t m_live = 0;
+    size_t m_slabs = 0;
+};
+
+/// Never destroyed: objects with static lifetime may still free theirs at the program's end.
+SizeClass g_classes[kClasses];
+
+} // namespace
+
+void* SlabPool::Alloc(size_t bytes) {
+    if (bytes > kLargest)
+        return ::operator new(bytes);
+    const size_t index = bytes == 0 ? 0 : (bytes - 1) / kGranule;
+    return g_classes[index].Alloc((index + 1) * kGranule);
+}
+
+void SlabPool::Free(void* object, size_t bytes) noexcept {
+    if (!object)
+        return;
+    if (bytes > kLargest)
+        return ::operator delete(object, bytes);
+    g_classes[bytes == 0 ? 0 : (bytes - 1) / kGranule].Free(object);
+}
+
+SlabPool::Usage SlabPool::GetUsage() {
+    Usage usage;
+    for (size_t index = 0; index < kClasses; ++index) {
+        usage.reservedBytes += g_classes[index].Slabs() * kSlab;
+        usage.usedBytes += g_classes[index].Live() * (index + 1) * kGranule;
+        usage.objects += g_classes[index].Live();
+    }
+    return usage;
+}
+
+#endif

@@ -1,0 +1,83 @@
+#include "ZvCore/ZlibCodec.h"
+#include <algorithm>
+#include <new>
+#include <zlib.h>
+
+namespace ZvCore {
+
+namespace {
+
+constexpr size_t kMostPerCall = size_t(1) << 30; // zlib counts in 32 bits
+
+/// Gives zlib the next piece of what is left of a buffer that may be longer than it can count.
+template <class Byte>
+void Feed(Byte*& next, uInt& available, Byte* begin, size_t total, size_t& fed) {
+    if (available > 0 || fed == total)
+        return;
+    const size_t n = std::min(total - fed, kMostPerCall);
+    next = begin + fed;
+    available = uInt(n);
+    fed += n;
+}
+
+} // namespace
+
+bool ZlibCodec::Deflate(int level, const uint8_t* source, size_t count, std::vector<uint8_t>& target,
+                        std::string& why) {
+    z_stream stream{};
+    if (deflateInit(&stream, std::clamp(level, 1, 9)) != Z_OK) {
+        why = kOutOfMemory;
+        return false;
+    }
+    try {
+        // The bound of compressBound(), without its 32-bit type.
+        target.resize(count + (count >> 12) + (count >> 14) + (count >> 25) + 13);
+    } catch (const std::bad_alloc&) {
+        deflateEnd(&stream);
+        why = kOutOfMemory;
+        return false;
+    }
+    size_t fedIn = 0, fedOut = 0;
+    int result = Z_OK;
+    while (result == Z_OK) {
+        Feed(stream.next_in, stream.avail_in, const_cast<Bytef*>(source), count, fedIn);
+        Feed(stream.next_out, stream.avail_out, target.data(), target.size(), fedOut);
+        result = deflate(&stream, fedIn == count ? Z_FINISH : Z_NO_FLUSH);
+    }
+    target.resize(fedOut - stream.avail_out);
+    deflateEnd(&stream);
+    if (result != Z_STREAM_END)
+        why = kOutOfMemory; // all that deflate can lack: the target holds the worst case
+    return result == Z_STREAM_END;
+}
+
+bool ZlibCodec::Inflate(const uint8_t* source, size_t count, uint8_t* target, size_t expected,
+                        std::string& why) {
+    z_stream stream{};
+    if (inflateInit(&stream) != Z_OK) {
+        why = kOutOfMemory;
+        return false;
+    }
+    Bytef nothing = 0;
+    stream.next_out = &nothing; // zlib wants an address also for nothing
+    size_t fedIn = 0, fedOut = 0;
+    int result = Z_OK;
+    while (result == Z_OK) {
+        Feed(stream.next_in, stream.avail_in, const_cast<Bytef*>(source), count, fedIn);
+        Feed(stream.next_out, stream.avail_out, target, expected, fedOut);
+        result = inflate(&stream, Z_NO_FLUSH);
+    }
+    const size_t usedIn = fedIn - stream.avail_in, usedOut = fedOut - stream.avail_out;
+    inflateEnd(&stream);
+    if (result == Z_STREAM_END && usedIn == count && usedOut == expected)
+        return true;
+    if (result == Z_STREAM_END)
+        why = usedOut != expected ? kTooShort : kTrailing;
+    else if (result == Z_BUF_ERROR)
+        why = usedIn == count ? kTooShort : kTooLong;
+    else
+        why = result == Z_MEM_ERROR ? kOutOfMemory : kDamaged;
+    return false;
+}
+
+} // namespace ZvCore
