@@ -327,7 +327,7 @@ void ZvSelection::GetLayersList(std::vector<ZvLayer*>& layers) const {
     const auto& used = GetLayersUsed();
     layers.insert(layers.end(), used.begin(), used.end());
     std::sort(layers.end() - ptrdiff_t(used.size()), layers.end(),
-              [](const ZvLayer* a, const ZvLayer* b) { return a->GetIndex() < b->GetIndex(); });
+              [](const ZvLayer* a, const ZvLayer* b) { return a->GetTableIndex() < b->GetTableIndex(); });
 }
 
 bool ZvSelection::IsLayerUsed(ZvLayer* layer) const {
