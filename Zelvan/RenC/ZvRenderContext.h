@@ -62,7 +62,10 @@ public:
     double WorldPerPixel() const { return m_worldPerPixel; }
     /// Palette index 7 draws black on light backgrounds, white on dark ones.
     void SetBackground(uint32_t argb) { m_background = argb; }
-    void SetLineScale(double scale) { m_lineScale = scale; }
+    /// Resolution at which sizes in points, millimetres and pixels (96 to the inch) are drawn; 96 unless set.
+    void SetDotsPerInch(double dpi);
+    /// Pixels for one unit of a line type's dash lengths; 1 unless set.
+    void SetDashScale(double pixels) { m_dashPixels = pixels; }
 
     /// By-layer values from here on; null: palette index 7, thin, continuous, empty.
     void EnterLayer(const ZvLayer* layer);
@@ -99,6 +102,7 @@ public:
     ZvRenderStats stats;
 
 private:
+    void SetUpView();
     uint32_t ResolveColor(const ZvColor& color, bool forFill) const;
     void ApplyPen(uint32_t argb, const ZvLineWidth& width, const ZvLineType& type);
     size_t Thin(Vec2f* points, size_t count) const;
@@ -112,7 +116,8 @@ private:
     bool m_isPlan = false;
     ZvBounds2D m_worldWindow;
     double m_worldPerPixel = 1;
-    double m_lineScale = 1;
+    double m_pixelScale = 1;
+    double m_dashPixels = 1;
     uint32_t m_background = 0xFFFFFFFF;
     const ZvLayer* m_layer = nullptr;
 

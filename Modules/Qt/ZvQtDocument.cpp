@@ -1,0 +1,125 @@
+#include "Modules/Qt/ZvQtDocument.h"
+#include "Modules/Qt/ZvQtSurface.h"
+#include "ZvCore/Platform/Platform.h"
+#include "Zelvan/RenC/ZvPixelBuffer.h"
+#include <QFile>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPageLayout>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QSvgGenerator>
+#include <cmath>
+
+namespace {
+
+// Fonts need a QGuiApplication. It lives until the program ends: Qt allows one, and tearing it down from a static is not safe.
+void EnsureQt() {
+    if (QCoreApplication::instance())
+        return;
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    static int argc = 1;
+    static char name[] = "zelvan";
+    static char* argv[] = {name, nullptr};
+    static QGuiApplication app(argc, argv);
+}
+
+constexpr double kThinMm = 0.1; // thin lines on paper
+
+} // namespace
+
+struct ZvQtDocument::Impl {
+    std::unique_ptr<QFile> file;
+    std::unique_ptr<QPaintDevice> device;
+    std::unique_ptr<QPainter> painter;
+    std::unique_ptr<ZvQtSurface> surface;
+
+    bool OpenFile(const std::filesystem::path& path, std::string& why) {
+        EnsureQt();
+        const std::string utf8 = ZvPlatform::PathToUtf8(path);
+        file = std::make_unique<QFile>(QString::fromUtf8(utf8.data(), qsizetype(utf8.size())));
+        if (file->open(QIODevice::WriteOnly | QIODevice::Truncate))
+            return true;
+        why = "cannot write '" + utf8 + "': " + file->errorString().toStdString();
+        return false;
+    }
+    bool Start(double width, double height, int dpi, std::string& why) {
+        painter = std::make_unique<QPainter>();
+        if (!painter->begin(device.get())) {
+            why = "cannot start the page";
+            return false;
+        }
+        surface = std::make_unique<ZvQtSurface>(*painter, int(std::lround(width)), int(std::lround(height)));
+        if (dpi > 0)
+            surface->SetThinWidth(kThinMm * dpi / 25.4);
+        return true;
+    }
+};
+
+ZvQtDocument::ZvQtDocument(std::unique_ptr<Impl> impl) : m_impl(std::move(impl)) {}
+
+ZvQtDocument::~ZvQtDocument() {
+    if (m_impl->painter && m_impl->painter->isActive())
+        m_impl->painter->end();
+}
+
+IZvSurface& ZvQtDocument::Surface() { return *m_impl->surface; }
+
+std::unique_ptr<ZvQtDocument> ZvQtDocument::CreatePdf(const std::filesystem::path& path, const Page& page, std::string& why) {
+    auto impl = std::make_unique<Impl>();
+    if (!impl->OpenFile(path, why))
+        return nullptr;
+    auto writer = std::make_unique<QPdfWriter>(impl->file.get());
+    writer->setCreator("Zelvan");
+    writer->setTitle(QString::fromStdString(page.title));
+    writer->setResolution(page.dotsPerInch);
+    writer->setPageMargins(QMarginsF(0, 0, 0, 0));
+    writer->setPageSize(QPageSize(QSizeF(page.widthMm, page.heightMm), QPageSize::Millimeter, {}, QPageSize::ExactMatch));
+    impl->device = std::move(writer);
+    const double perMm = page.dotsPerInch / 25.4;
+    if (!impl->Start(page.widthMm * perMm, page.heightMm * perMm, page.dotsPerInch, why))
+        return nullptr;
+    return std::unique_ptr<ZvQtDocument>(new ZvQtDocument(std::move(impl)));
+}
+
+std::unique_ptr<ZvQtDocument> ZvQtDocument::CreateSvg(const std::filesystem::path& path, const Page& page, std::string& why) {
+    auto impl = std::make_unique<Impl>();
+    if (!impl->OpenFile(path, why))
+        return nullptr;
+    const double perMm = page.dotsPerInch / 25.4;
+    auto svg = std::make_unique<QSvgGenerator>();
+    svg->setOutputDevice(impl->file.get());
+    svg->setResolution(page.dotsPerInch);
+    const QSize size(int(std::lround(page.widthMm * perMm)), int(std::lround(page.heightMm * perMm)));
+    svg->setSize(size);
+    svg->setViewBox(QRect(QPoint(0, 0), size));
+    svg->setTitle(QString::fromStdString(page.title));
+    impl->device = std::move(svg);
+    if (!impl->Start(size.width(), size.height(), page.dotsPerInch, why))
+        return nullptr;
+    return std::unique_ptr<ZvQtDocument>(new ZvQtDocument(std::move(impl)));
+}
+
+std::unique_ptr<ZvQtDocument> ZvQtDocument::Over(ZvPixelBuffer& picture) {
+    EnsureQt();
+    auto impl = std::make_unique<Impl>();
+    impl->device = std::make_unique<QImage>(reinterpret_cast<uchar*>(picture.Row(0)), picture.Width(), picture.Height(),
+                                            picture.Width() * 4, QImage::Format_ARGB32_Premultiplied);
+    std::string why;
+    if (!impl->Start(picture.Width(), picture.Height(), 0, why))
+        return nullptr;
+    return std::unique_ptr<ZvQtDocument>(new ZvQtDocument(std::move(impl)));
+}
+
+bool ZvQtDocument::Finish(std::string& why) {
+    const bool painted = m_impl->painter->end();
+    if (!m_impl->file)
+        return painted;
+    const bool flushed = m_impl->file->flush();
+    m_impl->file->close();
+    if (painted && flushed && m_impl->file->error() == QFileDevice::NoError)
+        return true;
+    why = "cannot write '" + m_impl->file->fileName().toStdString() + "': " + m_impl->file->errorString().toStdString();
+    return false;
+}
