@@ -4,7 +4,9 @@
 
 namespace {
 
-COLORREF ToRef(uint32_t argb) { return RGB(argb >> 16 & 255, argb >> 8 & 255, argb & 255); }
+COLORREF ToRef(uint32_t argb) {
+    return RGB(argb >> 16 & 255, argb >> 8 & 255, argb & 255);
+}
 
 // GDI's pixel n covers [n, n + 1): positions are rounded down. Far coordinates are cut to what GDI takes.
 POINT ToPoint(Vec2f p) {
@@ -50,8 +52,8 @@ HPEN ZvGdiSurface::MakePen() const {
         if (slots < 16)
             pattern[slots++] = DWORD(std::max(1L, std::lround(length)));
     const DWORD width = DWORD(std::max(1L, std::lround(m_penSpec.widthPx)));
-    return ExtCreatePen(PS_GEOMETRIC | PS_JOIN_ROUND | cap | (slots ? PS_USERSTYLE : PS_SOLID), width, &ink, slots,
-                        slots ? pattern : nullptr);
+    return ExtCreatePen(PS_GEOMETRIC | PS_JOIN_ROUND | cap | (slots ? PS_USERSTYLE : PS_SOLID), width, &ink,
+                        slots, slots ? pattern : nullptr);
 }
 
 void ZvGdiSurface::SetPen(const ZvPen& pen) {
@@ -120,13 +122,15 @@ bool ZvGdiSurface::Text(const ZvTextRun& run) {
     SetTextColor(m_context, ToRef(run.argb));
     SetTextAlign(m_context, TA_BASELINE | TA_LEFT);
     const POINT at = ToPoint(run.baselineStart);
-    const bool drawn = TextOutW(m_context, at.x, at.y, reinterpret_cast<const wchar_t*>(run.text.Ptr()), int(run.text.Length()));
+    const bool drawn = TextOutW(m_context, at.x, at.y, reinterpret_cast<const wchar_t*>(run.text.Ptr()),
+                                int(run.text.Length()));
     SelectObject(m_context, former);
     DeleteObject(font);
     return drawn;
 }
 
-bool ZvGdiSurface::Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right, Vec2f down) {
+bool ZvGdiSurface::Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right,
+                         Vec2f down) {
     if (!pixels || width <= 0 || height <= 0)
         return false;
     BITMAPINFO info{};
@@ -137,10 +141,15 @@ bool ZvGdiSurface::Image(const uint32_t* pixels, int width, int height, Vec2f or
     info.bmiHeader.biBitCount = 32;
     const int state = SaveDC(m_context);
     SetGraphicsMode(m_context, GM_ADVANCED);
-    const XFORM place{right.x / float(width),  right.y / float(width), down.x / float(height),
-                      down.y / float(height), origin.x,               origin.y};
+    const XFORM place{right.x / float(width),
+                      right.y / float(width),
+                      down.x / float(height),
+                      down.y / float(height),
+                      origin.x,
+                      origin.y};
     SetWorldTransform(m_context, &place);
-    const int rows = StretchDIBits(m_context, 0, 0, width, height, 0, 0, width, height, pixels, &info, DIB_RGB_COLORS, SRCCOPY);
+    const int rows = StretchDIBits(m_context, 0, 0, width, height, 0, 0, width, height, pixels, &info,
+                                   DIB_RGB_COLORS, SRCCOPY);
     RestoreDC(m_context, state);
     return rows > 0;
 }

@@ -24,7 +24,8 @@ std::unique_ptr<OGRGeometry> ZvEntityToGdal::Convert(ZvEntity& entity, std::stri
         return line->IsPolygon() ? Polygon(*line) : Line(*line);
     if (const ZvPointEnt* point = entity.ToPointEnt()) {
         const Vec3d& p = point->GetPosition();
-        return std::make_unique<OGRPoint>(MakePoint({p.x, p.y, p.z, point->GetMeasure()}, point->HasZ(), point->HasM()));
+        return std::make_unique<OGRPoint>(
+            MakePoint({p.x, p.y, p.z, point->GetMeasure()}, point->HasZ(), point->HasM()));
     }
     if (const ZvMultiPoint* points = entity.ToMultiPoint()) {
         auto multi = std::make_unique<OGRMultiPoint>();

@@ -14,24 +14,31 @@ enum class Kind { Point, Line, Polygon, Collection, None };
 Kind KindOf(const OGRGeometry& geometry) {
     switch (wkbFlatten(geometry.getGeometryType())) {
     case wkbPoint:
-    case wkbMultiPoint: return Kind::Point;
+    case wkbMultiPoint:
+        return Kind::Point;
     case wkbLineString:
     case wkbLinearRing:
-    case wkbMultiLineString: return Kind::Line;
+    case wkbMultiLineString:
+        return Kind::Line;
     case wkbPolygon:
     case wkbTriangle:
-    case wkbMultiPolygon: return Kind::Polygon;
+    case wkbMultiPolygon:
+        return Kind::Polygon;
     case wkbPolyhedralSurface:
-    case wkbTIN: return Kind::Polygon;
-    case wkbGeometryCollection: return Kind::Collection;
-    default: return Kind::None;
+    case wkbTIN:
+        return Kind::Polygon;
+    case wkbGeometryCollection:
+        return Kind::Collection;
+    default:
+        return Kind::None;
     }
 }
 
 bool IsFinite(const OGRGeometry& geometry) {
     OGREnvelope3D box;
     geometry.getEnvelope(&box);
-    return std::isfinite(box.MinX) && std::isfinite(box.MaxX) && std::isfinite(box.MinY) && std::isfinite(box.MaxY);
+    return std::isfinite(box.MinX) && std::isfinite(box.MaxX) && std::isfinite(box.MinY) &&
+           std::isfinite(box.MaxY);
 }
 
 } // namespace
@@ -54,11 +61,21 @@ std::unique_ptr<ZvEntity> ZvGdalToEntity::Convert(const OGRGeometry& geometry, s
     m_hasM = geometry.IsMeasured();
     std::unique_ptr<ZvEntity> entity;
     switch (KindOf(geometry)) {
-    case Kind::Point: entity = Points(geometry, why); break;
-    case Kind::Line: entity = Lines(geometry, false, why); break;
-    case Kind::Polygon: entity = Lines(geometry, true, why); break;
-    case Kind::Collection: entity = Collection(geometry, why); break;
-    case Kind::None: why = std::string("geometry of kind ") + geometry.getGeometryName(); break;
+    case Kind::Point:
+        entity = Points(geometry, why);
+        break;
+    case Kind::Line:
+        entity = Lines(geometry, false, why);
+        break;
+    case Kind::Polygon:
+        entity = Lines(geometry, true, why);
+        break;
+    case Kind::Collection:
+        entity = Collection(geometry, why);
+        break;
+    case Kind::None:
+        why = std::string("geometry of kind ") + geometry.getGeometryName();
+        break;
     }
     XStringW reason;
     if (entity && !entity->OkForInsertion(&reason)) {
@@ -97,8 +114,8 @@ std::unique_ptr<ZvEntity> ZvGdalToEntity::Lines(const OGRGeometry& geometry, boo
         return nullptr;
     }
     auto entity = std::make_unique<ZvXLine>();
-    if (!entity->Set(uint32_t(m_parts.size()), m_parts.data(), m_count, polygon, m_hasZ, m_hasM, m_hasZ, m_hasM,
-                     m_vertices.data(), 0, &m_drawing, false)) {
+    if (!entity->Set(uint32_t(m_parts.size()), m_parts.data(), m_count, polygon, m_hasZ, m_hasM, m_hasZ,
+                     m_hasM, m_vertices.data(), 0, &m_drawing, false)) {
         why = "not enough memory";
         return nullptr;
     }
@@ -108,9 +125,13 @@ std::unique_ptr<ZvEntity> ZvGdalToEntity::Lines(const OGRGeometry& geometry, boo
 void ZvGdalToEntity::AddLines(const OGRGeometry& geometry) {
     switch (wkbFlatten(geometry.getGeometryType())) {
     case wkbLineString:
-    case wkbLinearRing: AddPart(*geometry.toSimpleCurve(), false, 0); break;
+    case wkbLinearRing:
+        AddPart(*geometry.toSimpleCurve(), false, 0);
+        break;
     case wkbPolygon:
-    case wkbTriangle: AddPolygon(*static_cast<const OGRPolygon*>(&geometry)); break;
+    case wkbTriangle:
+        AddPolygon(*static_cast<const OGRPolygon*>(&geometry));
+        break;
     case wkbPolyhedralSurface:
     case wkbTIN:
         for (const OGRPolygon* face : *geometry.toPolyhedralSurface())
@@ -141,7 +162,8 @@ bool ZvGdalToEntity::AddPart(const OGRSimpleCurve& curve, bool ring, uint32_t de
     if (n > 0 && m_count > ZvXLine::kMaxStart)
         return false;
     const bool sameEnds = n > 1 && curve.getX(0) == curve.getX(n - 1) && curve.getY(0) == curve.getY(n - 1) &&
-                          (!m_hasZ || curve.getZ(0) == curve.getZ(n - 1)) && (!m_hasM || curve.getM(0) == curve.getM(n - 1));
+                          (!m_hasZ || curve.getZ(0) == curve.getZ(n - 1)) &&
+                          (!m_hasM || curve.getM(0) == curve.getM(n - 1));
     const bool closed = ring || (sameEnds && n > 3);
     if (closed && sameEnds)
         --n;

@@ -1,7 +1,7 @@
 #include "Modules/Qt/ZvQtDocument.h"
 #include "Modules/Qt/ZvQtSurface.h"
-#include "ZvCore/Platform/Platform.h"
 #include "Zelvan/RenC/ZvPixelBuffer.h"
+#include "ZvCore/Platform/Platform.h"
 #include <QFile>
 #include <QGuiApplication>
 #include <QImage>
@@ -64,9 +64,12 @@ ZvQtDocument::~ZvQtDocument() {
         m_impl->painter->end();
 }
 
-IZvSurface& ZvQtDocument::Surface() { return *m_impl->surface; }
+IZvSurface& ZvQtDocument::Surface() {
+    return *m_impl->surface;
+}
 
-std::unique_ptr<ZvQtDocument> ZvQtDocument::CreatePdf(const std::filesystem::path& path, const Page& page, std::string& why) {
+std::unique_ptr<ZvQtDocument> ZvQtDocument::CreatePdf(const std::filesystem::path& path, const Page& page,
+                                                      std::string& why) {
     auto impl = std::make_unique<Impl>();
     if (!impl->OpenFile(path, why))
         return nullptr;
@@ -75,7 +78,8 @@ std::unique_ptr<ZvQtDocument> ZvQtDocument::CreatePdf(const std::filesystem::pat
     writer->setTitle(QString::fromStdString(page.title));
     writer->setResolution(page.dotsPerInch);
     writer->setPageMargins(QMarginsF(0, 0, 0, 0));
-    writer->setPageSize(QPageSize(QSizeF(page.widthMm, page.heightMm), QPageSize::Millimeter, {}, QPageSize::ExactMatch));
+    writer->setPageSize(
+        QPageSize(QSizeF(page.widthMm, page.heightMm), QPageSize::Millimeter, {}, QPageSize::ExactMatch));
     impl->device = std::move(writer);
     const double perMm = page.dotsPerInch / 25.4;
     if (!impl->Start(page.widthMm * perMm, page.heightMm * perMm, page.dotsPerInch, why))
@@ -83,7 +87,8 @@ std::unique_ptr<ZvQtDocument> ZvQtDocument::CreatePdf(const std::filesystem::pat
     return std::unique_ptr<ZvQtDocument>(new ZvQtDocument(std::move(impl)));
 }
 
-std::unique_ptr<ZvQtDocument> ZvQtDocument::CreateSvg(const std::filesystem::path& path, const Page& page, std::string& why) {
+std::unique_ptr<ZvQtDocument> ZvQtDocument::CreateSvg(const std::filesystem::path& path, const Page& page,
+                                                      std::string& why) {
     auto impl = std::make_unique<Impl>();
     if (!impl->OpenFile(path, why))
         return nullptr;
@@ -104,8 +109,9 @@ std::unique_ptr<ZvQtDocument> ZvQtDocument::CreateSvg(const std::filesystem::pat
 std::unique_ptr<ZvQtDocument> ZvQtDocument::Over(ZvPixelBuffer& picture) {
     EnsureQt();
     auto impl = std::make_unique<Impl>();
-    impl->device = std::make_unique<QImage>(reinterpret_cast<uchar*>(picture.Row(0)), picture.Width(), picture.Height(),
-                                            picture.Width() * 4, QImage::Format_ARGB32_Premultiplied);
+    impl->device =
+        std::make_unique<QImage>(reinterpret_cast<uchar*>(picture.Row(0)), picture.Width(), picture.Height(),
+                                 picture.Width() * 4, QImage::Format_ARGB32_Premultiplied);
     std::string why;
     if (!impl->Start(picture.Width(), picture.Height(), 0, why))
         return nullptr;
@@ -120,6 +126,7 @@ bool ZvQtDocument::Finish(std::string& why) {
     m_impl->file->close();
     if (painted && flushed && m_impl->file->error() == QFileDevice::NoError)
         return true;
-    why = "cannot write '" + m_impl->file->fileName().toStdString() + "': " + m_impl->file->errorString().toStdString();
+    why = "cannot write '" + m_impl->file->fileName().toStdString() +
+          "': " + m_impl->file->errorString().toStdString();
     return false;
 }

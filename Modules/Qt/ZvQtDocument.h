@@ -17,8 +17,10 @@ public:
         std::string title;
     };
     /// Null with `why` set when the file cannot be made. The file is complete only after Finish.
-    static std::unique_ptr<ZvQtDocument> CreatePdf(const std::filesystem::path& path, const Page& page, std::string& why);
-    static std::unique_ptr<ZvQtDocument> CreateSvg(const std::filesystem::path& path, const Page& page, std::string& why);
+    static std::unique_ptr<ZvQtDocument> CreatePdf(const std::filesystem::path& path, const Page& page,
+                                                   std::string& why);
+    static std::unique_ptr<ZvQtDocument> CreateSvg(const std::filesystem::path& path, const Page& page,
+                                                   std::string& why);
     /// Paints over `picture`, which must outlive the document.
     static std::unique_ptr<ZvQtDocument> Over(ZvPixelBuffer& picture);
     ~ZvQtDocument();

@@ -8,11 +8,16 @@
 #include <cmath>
 
 namespace {
-QString ToQt(const XStringW& text) { return QString::fromUtf16(text.Ptr(), qsizetype(text.Length())); }
-QPointF ToQt(Vec2f p) { return {p.x, p.y}; }
+QString ToQt(const XStringW& text) {
+    return QString::fromUtf16(text.Ptr(), qsizetype(text.Length()));
+}
+QPointF ToQt(Vec2f p) {
+    return {p.x, p.y};
+}
 } // namespace
 
-ZvQtSurface::ZvQtSurface(QPainter& painter, int width, int height) : m_painter(painter), m_width(width), m_height(height) {
+ZvQtSurface::ZvQtSurface(QPainter& painter, int width, int height)
+    : m_painter(painter), m_width(width), m_height(height) {
     m_painter.setRenderHint(QPainter::Antialiasing);
 }
 
@@ -112,12 +117,16 @@ bool ZvQtSurface::Text(const ZvTextRun& run) {
     return true;
 }
 
-bool ZvQtSurface::Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right, Vec2f down) {
+bool ZvQtSurface::Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right,
+                        Vec2f down) {
     if (!pixels || width <= 0 || height <= 0)
         return false;
-    const QImage image(reinterpret_cast<const uchar*>(pixels), width, height, width * 4, QImage::Format_ARGB32_Premultiplied);
+    const QImage image(reinterpret_cast<const uchar*>(pixels), width, height, width * 4,
+                       QImage::Format_ARGB32_Premultiplied);
     m_painter.save();
-    m_painter.setTransform(QTransform(right.x / width, right.y / width, down.x / height, down.y / height, origin.x, origin.y), true);
+    m_painter.setTransform(
+        QTransform(right.x / width, right.y / width, down.x / height, down.y / height, origin.x, origin.y),
+        true);
     m_painter.drawImage(0, 0, image);
     m_painter.restore();
     return true;
@@ -128,4 +137,6 @@ void ZvQtSurface::PushClip(const Rect2I& clip) {
     m_painter.setClipRect(QRect(clip.left, clip.top, clip.Width(), clip.Height()), Qt::IntersectClip);
 }
 
-void ZvQtSurface::PopClip() { m_painter.restore(); }
+void ZvQtSurface::PopClip() {
+    m_painter.restore();
+}

@@ -10,10 +10,10 @@
 /// How lines are stroked.
 struct ZvPen {
     enum class Cap : uint8_t { Flat, Round, Square };
-    uint32_t argb = 0xFF000000;   ///< straight (not premultiplied) alpha, 0xAARRGGBB
-    float widthPx = 0;            ///< 0: thin, one device pixel whatever the surface's resolution
+    uint32_t argb = 0xFF000000; ///< straight (not premultiplied) alpha, 0xAARRGGBB
+    float widthPx = 0;          ///< 0: thin, one device pixel whatever the surface's resolution
     Cap cap = Cap::Flat;
-    std::vector<float> dashes;    ///< dash, gap, dash, gap ... in pixels; empty: continuous
+    std::vector<float> dashes; ///< dash, gap, dash, gap ... in pixels; empty: continuous
     friend bool operator==(const ZvPen&, const ZvPen&) = default;
 };
 
@@ -36,10 +36,10 @@ struct ZvSurfaceRing {
 /// One line of text in one font.
 struct ZvTextRun {
     XStringW text;
-    XStringW fontFamily;          ///< empty: the surface's default
-    Vec2f baselineStart;          ///< pixels
-    float heightPx = 12;          ///< font size: ascent to descent
-    float angle = 0;              ///< radians, counter-clockwise on the screen
+    XStringW fontFamily; ///< empty: the surface's default
+    Vec2f baselineStart; ///< pixels
+    float heightPx = 12; ///< font size: ascent to descent
+    float angle = 0;     ///< radians, counter-clockwise on the screen
     uint32_t argb = 0xFF000000;
 };
 
@@ -60,7 +60,8 @@ public:
     virtual bool Text(const ZvTextRun& run) = 0;
     /// Premultiplied ARGB pixels, rows from top to bottom, stretched to the parallelogram at `origin` (the picture's top left corner)
     /// along `right` and `down`.
-    virtual bool Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right, Vec2f down) = 0;
+    virtual bool Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right,
+                       Vec2f down) = 0;
     /// Cuts everything until the matching pop to `clip` and all clips around it.
     virtual void PushClip(const Rect2I& clip) = 0;
     virtual void PopClip() = 0;

@@ -22,7 +22,8 @@ void ZvCoverageFill::Ring(const Vec2f* points, size_t count) {
 }
 
 void ZvCoverageFill::Edge(Vec2f a, Vec2f b) {
-    if (a.y == b.y || !std::isfinite(a.x) || !std::isfinite(a.y) || !std::isfinite(b.x) || !std::isfinite(b.y))
+    if (a.y == b.y || !std::isfinite(a.x) || !std::isfinite(a.y) || !std::isfinite(b.x) ||
+        !std::isfinite(b.y))
         return;
     const float dir = a.y < b.y ? 1.0f : -1.0f;
     if (dir < 0)

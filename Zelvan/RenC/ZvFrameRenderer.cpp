@@ -23,13 +23,15 @@ ZvFrameRenderer::ZvFrameRenderer(const ZvDrawing& drawing, ZvRenderContext& cont
     : m_context(context), m_options(std::move(options)) {
     if (!m_options.clock)
         m_options.clock = &IZvClock::System();
-    for (const ZvLayer* layer : drawing.LayerTable()->DrawOrder())
-        if (m_options.layerFilter ? m_options.layerFilter(*layer) : layer->IsVisible() && !layer->IsInternal())
+    for (const ZvLayer* layer : drawing.LayerTable()->GetDrawOrder())
+        if (m_options.layerFilter ? m_options.layerFilter(*layer)
+                                  : layer->IsVisible() && !layer->IsInternal())
             m_layers.push_back(layer);
 }
 
 ZvFrameRenderer::State ZvFrameRenderer::Draw() {
-    m_deadline = m_options.budgetSeconds > 0 ? m_options.clock->MonotonicSeconds() + m_options.budgetSeconds : 0;
+    m_deadline =
+        m_options.budgetSeconds > 0 ? m_options.clock->MonotonicSeconds() + m_options.budgetSeconds : 0;
     for (; m_layer < m_layers.size(); ++m_layer) {
         if (!DrawLayer(*m_layers[m_layer]))
             return m_cancelled ? State::Cancelled : State::OutOfTime;

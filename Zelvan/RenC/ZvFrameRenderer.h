@@ -1,9 +1,9 @@
 #pragma once
+#include "Zelvan/RenC/ZvRenderContext.h"
+#include "Zelvan/ZvBNode.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/DateTime.h"
 #include "ZvCore/Progress.h"
-#include "Zelvan/RenC/ZvRenderContext.h"
-#include "Zelvan/ZvBNode.h"
 #include <functional>
 #include <vector>
 
@@ -43,5 +43,6 @@ private:
     uint64_t m_stepsDone = 0; // by earlier calls: skipped
     double m_deadline = 0;
     bool m_cancelled = false;
-    bool m_whole = false; // the node asked about last lies in the window entirely; its own run follows at once
+    bool m_whole =
+        false; // the node asked about last lies in the window entirely; its own run follows at once
 };

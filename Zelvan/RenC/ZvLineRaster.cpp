@@ -2,8 +2,8 @@
 #include <cmath>
 
 ZvLineRaster::ZvLineRaster(ZvPixelBuffer& target, const Rect2I& clip, uint32_t color, bool antialias)
-    : m_target(target), m_clip{std::max(clip.left, 0), std::max(clip.top, 0), std::min(clip.right, target.Width()),
-                               std::min(clip.bottom, target.Height())},
+    : m_target(target), m_clip{std::max(clip.left, 0), std::max(clip.top, 0),
+                               std::min(clip.right, target.Width()), std::min(clip.bottom, target.Height())},
       m_color(color), m_opaque(color >> 24 == 255), m_antialias(antialias) {}
 
 // Liang and Barsky, "A New Concept and Method for Line Clipping", 1984. The window is wider than the clip by two pixels: what
@@ -11,7 +11,8 @@ ZvLineRaster::ZvLineRaster(ZvPixelBuffer& target, const Rect2I& clip, uint32_t c
 bool ZvLineRaster::ClipSegment(Vec2f& a, Vec2f& b) const {
     const float left = float(m_clip.left) - 2, right = float(m_clip.right) + 2;
     const float top = float(m_clip.top) - 2, bottom = float(m_clip.bottom) + 2;
-    if (a.x >= left && a.x <= right && a.y >= top && a.y <= bottom && b.x >= left && b.x <= right && b.y >= top && b.y <= bottom)
+    if (a.x >= left && a.x <= right && a.y >= top && a.y <= bottom && b.x >= left && b.x <= right &&
+        b.y >= top && b.y <= bottom)
         return true;
     const double dx = double(b.x) - a.x, dy = double(b.y) - a.y;
     if (!std::isfinite(dx) || !std::isfinite(dy))

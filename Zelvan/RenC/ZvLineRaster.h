@@ -1,7 +1,7 @@
 #pragma once
+#include "Zelvan/RenC/ZvPixelBuffer.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/Vec.h"
-#include "Zelvan/RenC/ZvPixelBuffer.h"
 
 /// Thin (one pixel) lines into a pixel buffer, clipped to a rectangle. Pixel centres lie at .5; a segment covers its first pixel
 /// and not its last one, so that a polyline blends no pixel twice at its vertices; Finish() covers the last.

@@ -9,7 +9,8 @@ class ZvPixelBuffer {
 public:
     ZvPixelBuffer() = default;
     ZvPixelBuffer(int width, int height)
-        : m_width(std::max(width, 0)), m_height(std::max(height, 0)), m_pixels(size_t(m_width) * size_t(m_height)) {}
+        : m_width(std::max(width, 0)), m_height(std::max(height, 0)),
+          m_pixels(size_t(m_width) * size_t(m_height)) {}
 
     int Width() const { return m_width; }
     int Height() const { return m_height; }
@@ -23,7 +24,9 @@ public:
     /// Straight alpha 0xAARRGGBB to premultiplied.
     static constexpr uint32_t Premultiply(uint32_t argb) {
         const uint32_t a = argb >> 24;
-        return a == 255 ? argb : a << 24 | Times(argb >> 16 & 255, a) << 16 | Times(argb >> 8 & 255, a) << 8 | Times(argb & 255, a);
+        return a == 255 ? argb
+                        : a << 24 | Times(argb >> 16 & 255, a) << 16 | Times(argb >> 8 & 255, a) << 8 |
+                              Times(argb & 255, a);
     }
     /// c * a / 255, rounded to nearest (J. Blinn, "Three Wrongs Make a Right", 1995).
     static constexpr uint32_t Times(uint32_t c, uint32_t a) {

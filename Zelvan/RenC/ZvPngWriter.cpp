@@ -32,7 +32,8 @@ bool Chunk(ZvCore::IFile& file, const char* type, const std::vector<uint8_t>& da
     PutBig(head, uint32_t(data.size()));
     std::memcpy(head + 4, type, 4);
     PutBig(tail, ~Crc(data.data(), data.size(), Crc(head + 4, 4, ~0u)));
-    return file.Write(head, 8) == 8 && file.Write(data.data(), data.size()) == data.size() && file.Write(tail, 4) == 4;
+    return file.Write(head, 8) == 8 && file.Write(data.data(), data.size()) == data.size() &&
+           file.Write(tail, 4) == 4;
 }
 
 bool IsOpaque(const ZvPixelBuffer& picture) {
@@ -43,7 +44,9 @@ bool IsOpaque(const ZvPixelBuffer& picture) {
     return true;
 }
 
-uint8_t Straight(uint32_t c, uint32_t a) { return a ? uint8_t(std::min<uint32_t>(255, (c * 255 + a / 2) / a)) : 0; }
+uint8_t Straight(uint32_t c, uint32_t a) {
+    return a ? uint8_t(std::min<uint32_t>(255, (c * 255 + a / 2) / a)) : 0;
+}
 
 // Rows with filter type 1 (difference to the pixel on the left), which suits drawings.
 std::vector<uint8_t> FilteredRows(const ZvPixelBuffer& picture, bool opaque) {
@@ -55,7 +58,8 @@ std::vector<uint8_t> FilteredRows(const ZvPixelBuffer& picture, bool opaque) {
         uint8_t left[4] = {};
         for (int x = 0; x < picture.Width(); ++x) {
             const uint32_t p = picture.At(x, y), a = p >> 24;
-            const uint8_t now[4] = {Straight(p >> 16 & 255, a), Straight(p >> 8 & 255, a), Straight(p & 255, a), uint8_t(a)};
+            const uint8_t now[4] = {Straight(p >> 16 & 255, a), Straight(p >> 8 & 255, a),
+                                    Straight(p & 255, a), uint8_t(a)};
             for (size_t c = 0; c < channels; ++c)
                 rows.push_back(uint8_t(now[c] - left[c])), left[c] = now[c];
         }
@@ -80,7 +84,8 @@ bool ZvPngWriter::Write(const ZvPixelBuffer& picture, ZvCore::IFile& file, std::
     if (!ZvCore::Codec::Deflate(6, rows.data(), rows.size(), data, why))
         return false;
     static constexpr uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    if (file.Write(kSignature, 8) == 8 && Chunk(file, "IHDR", header) && Chunk(file, "IDAT", data) && Chunk(file, "IEND", {}))
+    if (file.Write(kSignature, 8) == 8 && Chunk(file, "IHDR", header) && Chunk(file, "IDAT", data) &&
+        Chunk(file, "IEND", {}))
         return true;
     why = file.ErrorText();
     return false;

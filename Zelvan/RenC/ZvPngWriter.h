@@ -1,7 +1,7 @@
 #pragma once
+#include "Zelvan/RenC/ZvPixelBuffer.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/IFile.h"
-#include "Zelvan/RenC/ZvPixelBuffer.h"
 #include <string>
 
 /// Writes a pixel buffer as a PNG (ISO/IEC 15948): 8-bit RGB when every pixel is opaque, else RGBA, one zlib stream.

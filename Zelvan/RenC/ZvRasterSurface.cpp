@@ -78,10 +78,13 @@ void ZvRasterSurface::PaintHatch(float angle) {
     });
 }
 
-bool ZvRasterSurface::Text(const ZvTextRun& run) { return m_companion && m_companion->Text(run); }
+bool ZvRasterSurface::Text(const ZvTextRun& run) {
+    return m_companion && m_companion->Text(run);
+}
 
 // Nearest pixel through the inverse of the placement.
-bool ZvRasterSurface::Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right, Vec2f down) {
+bool ZvRasterSurface::Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right,
+                            Vec2f down) {
     const float det = right.Cross(down);
     if (!pixels || width <= 0 || height <= 0 || det == 0 || !std::isfinite(det))
         return false;
@@ -94,7 +97,8 @@ bool ZvRasterSurface::Image(const uint32_t* pixels, int width, int height, Vec2f
             const int u = std::clamp(int(d.Cross(down) / det * float(width)), 0, width - 1);
             const int v = std::clamp(int(right.Cross(d) / det * float(height)), 0, height - 1);
             if (coverage[i])
-                row[i] = ZvPixelBuffer::Over(row[i], pixels[size_t(v) * size_t(width) + size_t(u)], coverage[i]);
+                row[i] =
+                    ZvPixelBuffer::Over(row[i], pixels[size_t(v) * size_t(width) + size_t(u)], coverage[i]);
         }
     });
     return true;

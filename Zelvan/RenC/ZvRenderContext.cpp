@@ -23,7 +23,9 @@ ZvRenderContext::ZvRenderContext(ZvRenderMode mode, IZvSurface& surface, const Z
     m_scale.worldPerMeter = m_worldPerPixel / kMetersPerPixel;
 }
 
-ZvRenderContext::~ZvRenderContext() { Flush(); }
+ZvRenderContext::~ZvRenderContext() {
+    Flush();
+}
 
 // The plan map is read off the exact converter at three points, so that it agrees with it whatever builds the view.
 void ZvRenderContext::SetUpView() {
@@ -38,7 +40,7 @@ void ZvRenderContext::SetUpView() {
     m_planMap.yy = (py.y - o.y) / step;
     m_planMap.x0 = o.x - m_planMap.xx * at.x - m_planMap.xy * at.y;
     m_planMap.y0 = o.y - m_planMap.yx * at.x - m_planMap.yy * at.y;
-    m_isPlan = m_xform.IsPlanView();
+    m_isPlan = m_xform.IsPlan();
     const double det = m_planMap.xx * m_planMap.yy - m_planMap.xy * m_planMap.yx;
     m_worldPerPixel = std::abs(det) > 0 ? 1 / std::sqrt(std::abs(det)) : 1;
     m_worldWindow = ZvBounds2D::SuperBounds();
@@ -69,13 +71,16 @@ void ZvRenderContext::EnterLayer(const ZvLayer* layer) {
 uint32_t ZvRenderContext::ResolveColor(const ZvColor& color, bool forFill) const {
     ZvColor resolved = color;
     if (color.IsByLayer())
-        resolved = !m_layer ? ZvColor::DefaultValue() : forFill ? m_layer->GetBrush().GetColor() : m_layer->GetColor();
+        resolved = !m_layer  ? ZvColor::DefaultValue()
+                   : forFill ? m_layer->GetBrush().GetColor()
+                             : m_layer->GetColor();
     if (resolved.IsByLayer() && m_layer)
         resolved = m_layer->GetColor();
     if (resolved.IsByBlock() || resolved.IsByLayer() || resolved.IsNull())
         resolved = ZvColor::DefaultValue();
     if (resolved.IsIndexed() && resolved.GetIndex() == ZvColor::kDefaultIndex) {
-        const ZvColor back(-1, (m_background >> 16 & 255) | (m_background & 0xFF00) | (m_background & 255) << 16);
+        const ZvColor back(-1,
+                           (m_background >> 16 & 255) | (m_background & 0xFF00) | (m_background & 255) << 16);
         return back.GetGrey() > 127 ? 0xFF000000u : 0xFFFFFFFFu;
     }
     return resolved.GetARGB();
@@ -84,7 +89,8 @@ uint32_t ZvRenderContext::ResolveColor(const ZvColor& color, bool forFill) const
 bool ZvRenderContext::UsePen(const ZvLineEntity& entity) {
     const ZvColor color = entity.GetColor();
     const ZvLineWidth width = entity.GetLineWidth();
-    const PenKey key{color.NativeRGB(), int16_t(color.GetIndex()), entity.GetLineType().hardGet(), width.Raw()};
+    const PenKey key{color.NativeRGB(), int16_t(color.GetIndex()), entity.GetLineType().hardGet(),
+                     width.Raw()};
     if (m_penValid && key == m_penKey)
         return m_penDraws;
     m_penKey = key;
@@ -119,9 +125,21 @@ void ZvRenderContext::ApplyPen(uint32_t argb, const ZvLineWidth& width, const Zv
         pen.cap = ZvPen::Cap::Round;
     if (type.IsIndexed() && m_drawing && m_drawing->LineTypeTable())
         if (const ZvLineTypeRec* record = m_drawing->LineTypeTable()->Get(type.GetIndex()))
-            for (double length : record->Dashes())
-                pen.dashes.push_back(float(std::abs(length) * m_dashPixels));
+            pen.dashes = DashesInPixels(*record);
     m_surface.SetPen(pen);
+}
+
+// A pattern that repeats within two pixels would only look grey: it is drawn continuous.
+std::vector<float> ZvRenderContext::DashesInPixels(const ZvLineTypeRec& type) const {
+    const double unit = type.GetUnits() == ZvLineTypeRec::Units::World
+                            ? 1 / m_worldPerPixel
+                            : m_scale.worldPerMeter * (0.0254 / 72) / m_worldPerPixel;
+    std::vector<float> dashes;
+    if (type.PatternLength() * unit < 2)
+        return dashes;
+    for (double length : type.Dashes())
+        dashes.push_back(float(length * unit));
+    return dashes;
 }
 
 bool ZvRenderContext::UseFill(const ZvFilledEntity& entity) {

@@ -1,10 +1,10 @@
 #pragma once
-#include "ZvCore/Api.h"
-#include "ZvCore/Vec.h"
 #include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/Ports/IZvSurface.h"
 #include "Zelvan/ZvBounds.h"
 #include "Zelvan/ZvColor.h"
+#include "ZvCore/Api.h"
+#include "ZvCore/Vec.h"
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -17,6 +17,7 @@ class ZvFilledEntity;
 class ZvLayer;
 class ZvLineEntity;
 class ZvLineType;
+class ZvLineTypeRec;
 class ZvLineWidth;
 namespace Zelvan {
 class ZvViewXForm;
@@ -29,7 +30,9 @@ enum class ZvRenderMode { None, Raster, Pdf, Gdi };
 struct ZvPixelMap {
     double xx = 1, xy = 0, x0 = 0;
     double yx = 0, yy = 1, y0 = 0;
-    Vec2f operator()(double x, double y) const { return {float(xx * x + xy * y + x0), float(yx * x + yy * y + y0)}; }
+    Vec2f operator()(double x, double y) const {
+        return {float(xx * x + xy * y + x0), float(yx * x + yy * y + y0)};
+    }
 };
 
 /// Counts of one frame, for the benchmarks and the statistics line.
@@ -45,7 +48,8 @@ struct ZvRenderStats {
 class ZV_API ZvRenderContext {
 public:
     /// `surface` and `xform` must outlive the context; `drawing` gives palette references and line types and may be null.
-    ZvRenderContext(ZvRenderMode mode, IZvSurface& surface, const Zelvan::ZvViewXForm& xform, const ZvDrawing* drawing);
+    ZvRenderContext(ZvRenderMode mode, IZvSurface& surface, const Zelvan::ZvViewXForm& xform,
+                    const ZvDrawing* drawing);
     ~ZvRenderContext();
     ZvRenderContext(const ZvRenderContext&) = delete;
     ZvRenderContext& operator=(const ZvRenderContext&) = delete;
@@ -64,8 +68,6 @@ public:
     void SetBackground(uint32_t argb) { m_background = argb; }
     /// Resolution at which sizes in points, millimetres and pixels (96 to the inch) are drawn; 96 unless set.
     void SetDotsPerInch(double dpi);
-    /// Pixels for one unit of a line type's dash lengths; 1 unless set.
-    void SetDashScale(double pixels) { m_dashPixels = pixels; }
 
     /// By-layer values from here on; null: palette index 7, thin, continuous, empty.
     void EnterLayer(const ZvLayer* layer);
@@ -105,6 +107,7 @@ private:
     void SetUpView();
     uint32_t ResolveColor(const ZvColor& color, bool forFill) const;
     void ApplyPen(uint32_t argb, const ZvLineWidth& width, const ZvLineType& type);
+    std::vector<float> DashesInPixels(const ZvLineTypeRec& type) const;
     size_t Thin(Vec2f* points, size_t count) const;
 
     ZvRenderMode m_mode;
@@ -117,7 +120,6 @@ private:
     ZvBounds2D m_worldWindow;
     double m_worldPerPixel = 1;
     double m_pixelScale = 1;
-    double m_dashPixels = 1;
     uint32_t m_background = 0xFFFFFFFF;
     const ZvLayer* m_layer = nullptr;
 

@@ -5,7 +5,9 @@
 
 namespace {
 constexpr float kPi = 3.14159265f;
-Vec2f Left(Vec2f d) { return {-d.y, d.x}; }
+Vec2f Left(Vec2f d) {
+    return {-d.y, d.x};
+}
 } // namespace
 
 void ZvStroker::Polyline(const Vec2f* points, size_t count, bool closed) {

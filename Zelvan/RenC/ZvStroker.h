@@ -12,7 +12,8 @@ class ZV_API ZvStroker {
 public:
     enum class Cap { Flat, Round, Square };
     /// width in pixels, above 0.
-    ZvStroker(ZvCoverageFill& target, float width, Cap cap) : m_target(target), m_half(width / 2), m_cap(cap) {}
+    ZvStroker(ZvCoverageFill& target, float width, Cap cap)
+        : m_target(target), m_half(width / 2), m_cap(cap) {}
     void Polyline(const Vec2f* points, size_t count, bool closed);
 
 private:
@@ -33,7 +34,8 @@ class ZV_API ZvDasher {
 public:
     ZvDasher(const float* pattern, size_t count, float offset);
     /// Calls `emit(points, count)` for each dash.
-    template <class Emit> void Polyline(const Vec2f* points, size_t count, bool closed, Emit&& emit);
+    template <class Emit>
+    void Polyline(const Vec2f* points, size_t count, bool closed, Emit&& emit);
 
 private:
     std::vector<float> m_pattern;
@@ -42,7 +44,8 @@ private:
     std::vector<Vec2f> m_dash;
 };
 
-template <class Emit> void ZvDasher::Polyline(const Vec2f* points, size_t count, bool closed, Emit&& emit) {
+template <class Emit>
+void ZvDasher::Polyline(const Vec2f* points, size_t count, bool closed, Emit&& emit) {
     if (m_total <= 0) {
         emit(points, count);
         return;
