@@ -6,7 +6,7 @@ void* ZvcDumbHeap::Alloc(size_t bytes) {
     if (bytes > SIZE_MAX - kBlock)
         return nullptr;
     const size_t rounded = (bytes + alignment - 1) / alignment * alignment;
-    if (rounded > m_left) {
+    if (rounded > m_left || !m_next) {
         // A request that would waste much of a block gets memory of its own; the block stays in use.
         const bool ownBlock = rounded > kBlock / 4;
         uint8_t* block = AddBlock(ownBlock ? rounded : kBlock);
