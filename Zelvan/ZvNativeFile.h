@@ -63,6 +63,21 @@ public:
     static bool GetPreviewBitmap(ZvCore::IFile* file, XStringW* text, ZvPreviewBitmap& bitmap);
     void GetErrors(IOErrorSet& errors) const;
 
+    /// Until it goes, the file reads or writes for another drawing (a layout's): Desc() is that drawing's own descriptor,
+    /// with the same stream, version and clients. They nest.
+    class ZV_API DrawingScope {
+    public:
+        DrawingScope(ZvNativeFile& file, ZvDrawing& drawing);
+        ~DrawingScope();
+        DrawingScope(const DrawingScope&) = delete;
+        DrawingScope& operator=(const DrawingScope&) = delete;
+        ZvNativeDesc& Desc();
+
+    private:
+        ZvNativeFile& m_file;
+        ZvNativeDesc* m_former;
+    };
+
     // --- primitives for tables and entities; positions are those of the current target ------------------------------------
     ZvCore::IFile& File();
     ZvNativeDesc& Desc();
@@ -109,6 +124,10 @@ public:
     bool SkipEntityChunks();
     /// The record at the position as an entity that keeps its bytes; null (nothing moved) when it cannot be read.
     std::unique_ptr<ZvEntity> ReadProxyObject();
+    /// Writing: the id under which a client of another file is written, be it one that the program has or not.
+    uint16_t ClientIdFor(const std::shared_ptr<const ZvNativeDesc::Client>& client);
+    /// Writing: a proxy's record of that type was written; `client` knows the type's name.
+    void NoteProxyType(uint16_t clientId, uint16_t type, const ZvNativeDesc::Client& client);
     /// False for what this save leaves out: erased entities, and in a save of a selection what is not selected.
     bool IsSaved(const ZvEntity& entity) const;
 

@@ -67,6 +67,7 @@ public:
     ZvBounds3D Bounds3D(const ZvScaleSetup& scale) const override;
     bool IsViewScaleDependent() const override;
     void DrawGDI(ZvRenderContext& context) const override;
+    using ZvFilledEntity::DrawRast;
     void DrawRast(ZvRenderContext& context) const override;
     void DrawPdf(ZvRenderContext& context) const override;
     ZvEntityList Explode() const override;
