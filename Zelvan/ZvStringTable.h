@@ -9,6 +9,7 @@
 //   60000 titles of bars and dialogs
 #define ZV_STRING_TABLE(ZV_STRING)                                                                           \
     ZV_STRING(10002, InvalidGeometry, "The geometry holds a value that is not a number")                     \
+    ZV_STRING(10050, EmptyCompound, "A compound must hold at least one object")                              \
     ZV_STRING(40000, LineTypeDashed, "Dashed")                                                               \
     ZV_STRING(40001, LineTypeDotted, "Dotted")                                                               \
     ZV_STRING(41000, ByLayer, "By Layer")                                                                    \
