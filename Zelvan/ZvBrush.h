@@ -81,11 +81,13 @@ public:
     bool Parse(const XStringW& text);
     /// The default brush (empty) for text that does not parse.
     static ZvBrush FromString(const XStringW& text);
-    /// As ToString, textures by their record's name: Texture:"<name>":<colour>. "Null" for a texture without a drawing or record.
+    /// As ToString, textures by their record's name: Texture:"<name>":<colour>. "Null" without a drawing and for an index that
+    /// names no record.
     XStringW ToStringPortable(const ZvDrawing* drawing) const;
     /// Null for a texture name that the drawing does not have.
     static ZvBrush FromStringPortable(const XStringW& text, const ZvDrawing* drawing);
 
+    /// Both true on success; a failed read leaves the value as it was.
     bool NativeOut(ZvNativeDesc& desc) const;
     /// `strict`: a texture index that the load's index map does not know becomes the empty style; else it is kept.
     bool NativeIn(ZvNativeDesc& desc, bool strict = false);

@@ -116,8 +116,8 @@ public:
     bool Parse(const XStringW& text);
     /// Null for text that does not parse.
     static ZvColor FromString(const XStringW& text);
-    /// "RRGGBB" (RGB) or "RRGGBBAA" (RGBA), either case, an optional "#" in front, points and blanks between digits skipped.
-    /// False, and nothing changed, with fewer than 6 digits or another character.
+    /// "RRGGBB" (RGB) or "RRGGBBAA" (RGBA), either case, an optional "#" in front, points and blanks between digits skipped;
+    /// digits beyond are ignored. False, and nothing changed, with fewer than 6 digits or another character.
     bool ParseHex(const XStringW& text);
     /// "%.3g %.3g %.3g %.3g": r, g, b, a in 0..1.
     XStringW ToStringRGBAFloat() const;
@@ -128,6 +128,7 @@ public:
     /// "1F.00.FF", with alpha "1F.00.FF 80".
     XStringW GetTextDescHex() const;
 
+    /// Both true on success; a failed read leaves the value as it was.
     bool NativeOut(ZvNativeDesc& desc) const;
     bool NativeIn(ZvNativeDesc& desc);
 

@@ -61,6 +61,7 @@ public:
     /// "By Layer", "By Block", "Continuous", the record's name, or "Unknown".
     XStringW GetTextDesc(const ZvDrawing* drawing) const;
 
+    /// Both true on success; a failed read leaves the value as it was.
     bool NativeOut(ZvNativeDesc& desc) const;
     /// `strict`: an index that the load's index map does not know becomes continuous; else it is kept.
     bool NativeIn(ZvNativeDesc& desc, bool strict = false);

@@ -93,6 +93,7 @@ public:
     /// "By Block", "By Layer", "%.1f pt", "%.1f mm", "%.1f pixels", "%.4f" (world units; thin is 0); empty for null.
     XStringW GetTextDesc() const;
 
+    /// Both true on success; a failed read leaves the value as it was.
     bool NativeOut(ZvNativeDesc& desc) const;
     bool NativeIn(ZvNativeDesc& desc);
 

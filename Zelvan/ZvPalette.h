@@ -14,9 +14,10 @@ public:
     static constexpr int kSize = 256;
     /// Indices outside of the palette give the entry of index 7.
     static uint32_t GetRGB(int index);
-    /// English; entries 10..249 are told by hue, shade and "Pale" ("Orange", "Orange 2 Pale").
+    /// English; entries 10..249 are told by hue, shade 1..5 and "Pale" ("Orange 1", "Orange 2 Pale").
     static XStringW GetName(int index);
-    /// -1 for a name that no entry has; case and blanks do not count. "Grey" is also understood as "Gray".
+    /// -1 for a name that no entry has; case and blanks do not count, "Gray" is taken for "Grey", and a hue without a number for its
+    /// brightest shade.
     static int NameToIndex(const XStringW& name);
     /// The entry whose colour is nearest (sum of squared channel differences; the lowest index of equals).
     static int Nearest(uint32_t rgb);

@@ -1,65 +1,118 @@
-#pragma once
-
-// Every text that a person sees, by number: ZV_STRING(number, name, English text), in the order of the numbers. UTF-8, printf-style
-// where the text takes values. To add one, add its line here; ZvStrings finds it by ZvStr::name or by the number.
+// Every text that a person sees, by number: ZV_STRING(number, name, English text), in ascending order of the numbers. UTF-8,
+// printf-style where the text takes values. To add one, add its row here; ZvStrings finds it by ZvStr::name or by the number.
+// A list, not a header: whoever includes it defines ZV_STRING first and undefines it afterwards.
 //
 // Numbers are grouped by what they belong to:
 //   10000 validation of geometry    40000 line types    41000 values    42000 palette    45000 coordinates and units
 //   46000 commands                  47000 loading       48000 saving    49000 undo       50000 drawing and tables
 //   60000 titles of bars and dialogs
-#define ZV_STRING_TABLE(ZV_STRING)                                                                           \
-    ZV_STRING(10002, InvalidGeometry, "The geometry holds a value that is not a number")                     \
-    ZV_STRING(10050, EmptyCompound, "A compound must hold at least one object")                              \
-    ZV_STRING(40000, LineTypeDashed, "Dashed")                                                               \
-    ZV_STRING(40001, LineTypeDotted, "Dotted")                                                               \
-    ZV_STRING(41000, ByLayer, "By Layer")                                                                    \
-    ZV_STRING(41001, ByBlock, "By Block")                                                                    \
-    ZV_STRING(41002, Continuous, "Continuous")                                                               \
-    ZV_STRING(41003, Unknown, "Unknown")                                                                     \
-    ZV_STRING(45000, DefaultUcs, "World")                                                                    \
-    ZV_STRING(47000, LoadCorruptQuestion,                                                                    \
-              "The file appears to be corrupt. Do you want to continue trying to load it?")                  \
-    ZV_STRING(47001, LoadNewerTitle, "Version Change")                                                       \
-    ZV_STRING(                                                                                               \
-        47002, LoadNewerQuestion,                                                                            \
-        "This file has been saved with a newer version of Zelvan. \n You may open this file, but you will "  \
-        "lose some information stored inside it. \n Do you want to continue loading this file?")             \
-    ZV_STRING(47003, LoadBadSignature, "The file does not have the right signature")                         \
-    ZV_STRING(47004, LoadBadChecksum, "The checksum failed. The data is very likely corrupt.")               \
-    ZV_STRING(47005, LoadReadFailed, "An IO error occurred while trying to read the file.")                  \
-    ZV_STRING(47006, LoadNoMemory, "Could not allocate enough memory to load the file")                      \
-    ZV_STRING(47007, LoadBadHeader, "The file header cannot be read.")                                       \
-    ZV_STRING(47008, LoadRefused, "The file was not loaded: %s")                                             \
-    ZV_STRING(47009, LoadNeedsNewer,                                                                         \
-              "%s was saved by a newer version of Zelvan (format %d) and needs at least format %d to be "    \
-              "read; this "                                                                                  \
-              "program reads up to format %d. Update the program.")                                          \
-    ZV_STRING(                                                                                               \
-        47010, LoadNewerWarning,                                                                             \
-        "The file was saved by a newer version of Zelvan (format %d); what this program (format %d) does "   \
-        "not know is left out.")                                                                             \
-    ZV_STRING(47011, LoadUnreadable, "The %s at byte %I64d cannot be read: %s.")                             \
-    ZV_STRING(47012, LoadSectionOutside,                                                                     \
-              "The %s section is said to begin at byte %I64d, which is not between the header and the end "  \
-              "at byte %I64d.")                                                                              \
-    ZV_STRING(47013, LoadBadEntityHead,                                                                      \
-              "The entity record head is said to be %u bytes long; 12 to 4096 can be read.")                 \
-    ZV_STRING(47014, LoadSolidInSolid, "The body of the file is said to hold a compressed body again.")      \
-    ZV_STRING(47015, LoadDamagedRecords,                                                                     \
-              "%d records of kind %s are damaged and were left out; the first begins at byte %I64d%s.")      \
-    ZV_STRING(47016, LoadListEnds,                                                                           \
-              "A list of objects breaks off at byte %I64d%s; %I64d of its objects were not loaded.")         \
-    ZV_STRING(47017, LoadInBlock, " of the content of the block at byte %I64d")                              \
-    ZV_STRING(47018, LoadObjectLost, "%d object could not be loaded. It was generated by the module %s")     \
-    ZV_STRING(47019, LoadObjectsLost,                                                                        \
-              "%d objects could not be loaded. They were generated by the module %s")                        \
-    ZV_STRING(47020, LoadOutOfMemory, "There is not enough memory to load the drawing.")                     \
-    ZV_STRING(                                                                                               \
-        48000, SaveNoMemory,                                                                                 \
-        "A part of the drawing does not fit into memory while it is saved (%s). Save with a compression "    \
-        "level below 6.")                                                                                    \
-    ZV_STRING(48001, SaveOutOfMemory, "There is not enough memory to save the drawing.")                     \
-    ZV_STRING(48002, SaveWriteFailed, "The file could not be written: %s")                                   \
-    ZV_STRING(48003, SaveEntityFailed,                                                                       \
-              "The object %u (%s) could not be written and is missing in the file.")                         \
-    ZV_STRING(48004, SaveNoPreview, "No preview picture could be made; the file is complete without it.")
+// clang-format off
+ZV_STRING(10002, InvalidGeometry, "The geometry holds a value that is not a number")
+
+ZV_STRING(40000, LineTypeDashed, "Dashed")
+ZV_STRING(40001, LineTypeDotted, "Dotted")
+
+ZV_STRING(41000, ByLayer, "By Layer")
+ZV_STRING(41001, ByBlock, "By Block")
+ZV_STRING(41002, Continuous, "Continuous")
+ZV_STRING(41003, Unknown, "Unknown")
+ZV_STRING(41004, BrushEmpty, "Empty")
+ZV_STRING(41005, BrushSolid, "Solid")
+ZV_STRING(41006, BrushCrossHatch, "Cross Hatch")
+
+ZV_STRING(42000, ColorBlack, "Black")
+ZV_STRING(42001, ColorRed, "Red")
+ZV_STRING(42002, ColorYellow, "Yellow")
+ZV_STRING(42003, ColorGreen, "Green")
+ZV_STRING(42004, ColorCyan, "Cyan")
+ZV_STRING(42005, ColorBlue, "Blue")
+ZV_STRING(42006, ColorMagenta, "Magenta")
+ZV_STRING(42007, ColorWhite, "White")
+ZV_STRING(42008, ColorDarkGrey, "Dark Grey")
+ZV_STRING(42009, ColorLightGrey, "Light Grey")
+ZV_STRING(42010, HueRed, "Red")
+ZV_STRING(42011, HueVermilion, "Vermilion")
+ZV_STRING(42012, HueOrange, "Orange")
+ZV_STRING(42013, HueAmber, "Amber")
+ZV_STRING(42014, HueYellow, "Yellow")
+ZV_STRING(42015, HueLime, "Lime")
+ZV_STRING(42016, HueChartreuse, "Chartreuse")
+ZV_STRING(42017, HueLeaf, "Leaf")
+ZV_STRING(42018, HueGreen, "Green")
+ZV_STRING(42019, HueEmerald, "Emerald")
+ZV_STRING(42020, HueSpring, "Spring")
+ZV_STRING(42021, HueJade, "Jade")
+ZV_STRING(42022, HueCyan, "Cyan")
+ZV_STRING(42023, HueSky, "Sky")
+ZV_STRING(42024, HueAzure, "Azure")
+ZV_STRING(42025, HueCobalt, "Cobalt")
+ZV_STRING(42026, HueBlue, "Blue")
+ZV_STRING(42027, HueUltramarine, "Ultramarine")
+ZV_STRING(42028, HueViolet, "Violet")
+ZV_STRING(42029, HuePurple, "Purple")
+ZV_STRING(42030, HueMagenta, "Magenta")
+ZV_STRING(42031, HueCerise, "Cerise")
+ZV_STRING(42032, HueRose, "Rose")
+ZV_STRING(42033, HueCrimson, "Crimson")
+ZV_STRING(42034, ColorHue, "%s %d")
+ZV_STRING(42035, ColorHuePale, "%s %d Pale")
+ZV_STRING(42036, ColorGrey, "Grey %d")
+
+ZV_STRING(45000, DefaultUcs, "World")
+ZV_STRING(45010, UnitKilometers, "kilometers")
+ZV_STRING(45011, UnitMeters, "meters")
+ZV_STRING(45012, UnitCentimeters, "centimeters")
+ZV_STRING(45013, UnitMillimeters, "millimeters")
+ZV_STRING(45014, UnitInch, "inch")
+ZV_STRING(45015, UnitPoint, "point")
+ZV_STRING(45020, UnitAbbrKilometers, "km")
+ZV_STRING(45021, UnitAbbrMeters, "m")
+ZV_STRING(45022, UnitAbbrCentimeters, "cm")
+ZV_STRING(45023, UnitAbbrMillimeters, "mm")
+ZV_STRING(45024, UnitAbbrInch, "in")
+ZV_STRING(45025, UnitAbbrPoint, "pt")
+ZV_STRING(45030, UnitPoints, "points")
+ZV_STRING(45031, UnitDegrees, "degrees")
+ZV_STRING(45040, KernelMissing,
+          "Polygon operations are not available: this program was built without a geometry kernel")
+
+ZV_STRING(47000, LoadCorruptQuestion, "The file appears to be corrupt. Do you want to continue trying to load it?")
+ZV_STRING(47001, LoadNewerTitle, "Version Change")
+ZV_STRING(47002, LoadNewerQuestion,
+          "This file has been saved with a newer version of Zelvan. \n You may open this file, but you will "
+          "lose some information stored inside it. \n Do you want to continue loading this file?")
+ZV_STRING(47003, LoadBadSignature, "The file does not have the right signature")
+ZV_STRING(47004, LoadBadChecksum, "The checksum failed. The data is very likely corrupt.")
+ZV_STRING(47005, LoadReadFailed, "An IO error occurred while trying to read the file.")
+ZV_STRING(47006, LoadNoMemory, "Could not allocate enough memory to load the file")
+ZV_STRING(47007, LoadBadHeader, "The file header cannot be read.")
+ZV_STRING(47008, LoadRefused, "The file was not loaded: %s")
+ZV_STRING(47009, LoadNeedsNewer,
+          "%s was saved by a newer version of Zelvan (format %d) and needs at least format %d to be read; this "
+          "program reads up to format %d. Update the program.")
+ZV_STRING(47010, LoadNewerWarning,
+          "The file was saved by a newer version of Zelvan (format %d); what this program (format %d) does not "
+          "know is left out.")
+ZV_STRING(47011, LoadUnreadable, "The %s at byte %I64d cannot be read: %s.")
+ZV_STRING(47012, LoadSectionOutside,
+          "The %s section is said to begin at byte %I64d, which is not between the header and the end at byte "
+          "%I64d.")
+ZV_STRING(47013, LoadBadEntityHead, "The entity record head is said to be %u bytes long; 12 to 4096 can be read.")
+ZV_STRING(47014, LoadSolidInSolid, "The body of the file is said to hold a compressed body again.")
+ZV_STRING(47015, LoadDamagedRecords,
+          "%d records of kind %s are damaged and were left out; the first begins at byte %I64d%s.")
+ZV_STRING(47016, LoadListEnds,
+          "A list of objects breaks off at byte %I64d%s; %I64d of its objects were not loaded.")
+ZV_STRING(47017, LoadInBlock, " of the content of the block at byte %I64d")
+ZV_STRING(47018, LoadObjectLost, "%d object could not be loaded. It was generated by the module %s")
+ZV_STRING(47019, LoadObjectsLost, "%d objects could not be loaded. They were generated by the module %s")
+ZV_STRING(47020, LoadOutOfMemory, "There is not enough memory to load the drawing.")
+
+ZV_STRING(48000, SaveNoMemory,
+          "A part of the drawing does not fit into memory while it is saved (%s). Save with a compression "
+          "level below 6.")
+ZV_STRING(48001, SaveOutOfMemory, "There is not enough memory to save the drawing.")
+ZV_STRING(48002, SaveWriteFailed, "The file could not be written: %s")
+ZV_STRING(48003, SaveEntityFailed, "The object %u (%s) could not be written and is missing in the file.")
+ZV_STRING(48004, SaveNoPreview, "No preview picture could be made; the file is complete without it.")
+// clang-format on

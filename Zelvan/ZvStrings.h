@@ -1,13 +1,14 @@
 #pragma once
-#include "Zelvan/ZvStringTable.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/XString.h"
 
-/// Numbers of the texts, by name.
+/// Numbers of the texts, by name; the texts stand in ZvStringTable.h.
 namespace ZvStr {
-#define ZV_STRING_ID(number, name, text) name = number,
-enum Id : int { ZV_STRING_TABLE(ZV_STRING_ID) };
-#undef ZV_STRING_ID
+enum Id : int {
+#define ZV_STRING(number, name, text) name = number,
+#include "Zelvan/ZvStringTable.h"
+#undef ZV_STRING
+};
 } // namespace ZvStr
 
 /// The string table: texts for users, by number.

@@ -89,6 +89,7 @@ public:
     /// "By Block", "By Layer", "%.1f pt", "%.2f vmm", "%.2f px", "%.6g" (world units); empty for null.
     XStringW GetTextDesc() const;
 
+    /// Both true on success; a failed read leaves the value as it was.
     bool NativeOut(ZvNativeDesc& desc) const;
     bool NativeIn(ZvNativeDesc& desc);
 

@@ -12,13 +12,13 @@ class BinXmlNode;
 
 /// What one world unit of a drawing means, and how lengths, areas, coordinates and angles are shown to and read from its user.
 ///
-/// World coordinates are plain doubles; the preset says what their unit is. The user's unit is that of the current UCS record, whose
-/// scale is user units per world unit of one metre's preset (units per metre). The names that end in "UCS" work in user units, the
-/// others in world units.
+/// World coordinates are plain doubles; the preset says what one unit of them means. The user's unit comes from the current UCS record:
+/// its scale is user units per world unit. Names that end in "UCS" and the coordinates work in user units (coordinates also in the
+/// record's origin and axes), the others in world units.
 ///
-/// Texts of numbers: an optional sign, digits, the decimal separator (a point is taken as well), an optional exponent. After a
-/// length may stand the abbreviation or name of a preset ("12.5 mm", "3 inch"), which then counts instead of the default unit;
-/// areas take the same with "2", "^2" or U+00B2 behind it. Blanks around the parts do not matter.
+/// Texts of numbers: an optional sign, digits with the decimal separator (a point is taken as well), an optional exponent. Behind a
+/// length may stand a preset's abbreviation or name, or those of the world unit ("12.5 mm", "3 inch"), which then count instead
+/// of the default unit; areas take the same with "2", "^2" or U+00B2 at its end. Blanks around the parts do not matter.
 class ZV_API ZvUnits {
 public:
     enum class Preset : int {
@@ -55,7 +55,8 @@ public:
     static double ConvertDistance(Preset from, Preset to, double distance);
 
     Preset GetPreset() const { return m_preset; }
-    /// Resets the scale to 1 and the paper unit to points. `applyToUcs`: also sets the scale of the drawing's current UCS record.
+    /// Takes the preset's names, resets the scale to 1 (whatever `scale` says: it is the scale of a unit that is no preset) and the
+    /// paper unit to points. `applyToUcs`: also sets scale and unit names of the drawing's current UCS record.
     void SetPreset(Preset preset, double scale = 1.0, bool applyToUcs = false);
     /// A world unit that is no preset; `unitsPerMeter` must be positive and finite, else nothing changes and false is returned.
     bool SetCustomWorld(const XStringW& name, const XStringW& abbreviation, double unitsPerMeter);
@@ -132,7 +133,11 @@ public:
 private:
     ZvUcs* CurrentUcs() const;
     void TakePresetNames();
-    bool ParseScaled(const XStringW& text, double defaultUnitsPerMeter, int power, double& value) const;
+    bool ReadNumber(std::u16string_view text, size_t& at, double& value) const;
+    int ReadCoordinates(std::u16string_view text, double (&values)[3]) const;
+    bool ParseScaled(const XStringW& text, double plainFactor, int power, double& world) const;
+    double UnitsPerMeterOf(const XStringW& unit) const;
+    XStringW UserUnitAbbr() const;
     XStringW FormatNumber(double value, int precision) const;
 
     ZvDrawing* m_drawing;
