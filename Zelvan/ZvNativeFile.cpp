@@ -1,6 +1,7 @@
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeFileImpl.h"
+#include "Zelvan/ZvServer.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Codec.h"
 #include "ZvCore/ZvErrors.h"
@@ -71,6 +72,14 @@ bool ZvNativeFile::Decompress(uint32_t method, const std::vector<uint8_t>& sourc
     std::string why;
     target.resize(expected);
     return ZvCore::Codec::Inflate(source.data(), source.size(), target.data(), expected, why);
+}
+
+void ZvNativeFile::Attach(ZvDrawing& drawing, ZvCore::IFile& stream) {
+    m_impl->Begin(drawing, stream);
+    for (const ZvServer::Client* client : drawing.Server()->Clients()) {
+        ZvNativeDesc::Client own{client->name, client->guid, client->code, client->code, {}};
+        m_impl->desc->clients[client->code] = std::make_shared<ZvNativeDesc::Client>(std::move(own));
+    }
 }
 
 // --- framing -------------------------------------------------------------------------------------------------------------

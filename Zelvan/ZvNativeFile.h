@@ -63,6 +63,10 @@ public:
     static bool GetPreviewBitmap(ZvCore::IFile* file, XStringW* text, ZvPreviewBitmap& bitmap);
     void GetErrors(IOErrorSet& errors) const;
 
+    /// Puts the primitives to work on a stream of the caller's in the current version, without header and sections (swapping,
+    /// clipboard). Client ids are those of the running program, index and name translations empty. Instead of a load or save.
+    void Attach(ZvDrawing& drawing, ZvCore::IFile& stream);
+
     /// Until it goes, the file reads or writes for another drawing (a layout's): Desc() is that drawing's own descriptor,
     /// with the same stream, version and clients. They nest.
     class ZV_API DrawingScope {

@@ -16,6 +16,8 @@ namespace {
 
 /// Between two looks at the progress.
 constexpr int64_t kProgressEvery = 16384;
+/// Lists of compounds in compounds; a file that nests deeper was made to exhaust the stack.
+constexpr int kDeepestList = 64;
 
 } // namespace
 
@@ -70,6 +72,9 @@ void ZvNativeFile::Impl::NoteType(const ZvEntity& entity) {
     const uint32_t code = entity.GetFullCode();
     if (code == lastTypeWritten)
         return;
+    const auto* compound = dynamic_cast<const ZvRawCompound*>(&entity);
+    if (compound && compound->IsProxy())
+        return; // told of its own when it was written
     const uint16_t client = entity.GetClientCode(), type = entity.GetEntityCode();
     if (const ZvServer::Kind* kind = drawing->Server()->FindKind(client, type)) {
         typesWritten[client].try_emplace(type, kind->typeName);
@@ -83,26 +88,34 @@ int64_t ZvNativeFile::ReadEntityList(ZvEntityList& entities) {
     Impl& impl = *m_impl;
     ZvNativeDesc& desc = *impl.desc;
     const uint64_t listAt = desc.Position();
-    int64_t count = 0, failures = 0;
-    if (!desc.ReadValue(count) || count < 0) {
+    int64_t count = 0;
+    if (!desc.ReadValue(count) || count < 0 || impl.listDepth >= kDeepestList) {
         impl.ListEndsEarly(count, listAt);
         return 0;
     }
-    const uint64_t possible = desc.RecordRemaining() / std::max<uint64_t>(desc.entityHeadSize, 1);
+    ++impl.listDepth;
+    const int64_t read = impl.ReadRecords(count, entities);
+    --impl.listDepth;
+    return read;
+}
+
+int64_t ZvNativeFile::Impl::ReadRecords(int64_t count, ZvEntityList& entities) {
+    int64_t failures = 0;
+    const uint64_t possible = desc->RecordRemaining() / std::max<uint64_t>(desc->entityHeadSize, 1);
     const size_t wanted = entities.size() + size_t(std::min<uint64_t>(uint64_t(count), possible));
     if (entities.capacity() < wanted)
         entities.reserve(std::max(wanted, 2 * entities.capacity()));
     for (int64_t i = 0; i < count; ++i) {
-        const uint64_t start = desc.Position();
+        const uint64_t start = desc->Position();
         ZvNativeRecordHead head;
-        if (!impl.ReadHead(head) || head.length > desc.RecordEnd() - start) {
-            impl.ListEndsEarly(count - i, start);
+        if (!ReadHead(head) || head.length > desc->RecordEnd() - start) {
+            ListEndsEarly(count - i, start);
             return i - failures;
         }
-        if (i % kProgressEvery == kProgressEvery - 1 && !impl.Step("Loading", start, desc.RecordEnd()))
+        if (i % kProgressEvery == kProgressEvery - 1 && !Step("Loading", start, desc->RecordEnd()))
             return i - failures;
-        const ZvNativeDesc::RecordScope record(desc, start, head.length);
-        impl.ReadOneRecord(start, head, entities, failures);
+        const ZvNativeDesc::RecordScope record(*desc, start, head.length);
+        ReadOneRecord(start, head, entities, failures);
     }
     return count - failures;
 }

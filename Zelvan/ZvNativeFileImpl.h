@@ -51,6 +51,7 @@ struct ZvNativeFile::Impl {
     bool cancelled = false;
     bool touched = false;       ///< reading: the drawing has been changed
     bool solidOpen = false;     ///< reading: the first block is the body of a solid file
+    int listDepth = 0;          ///< reading: lists within lists
     uint64_t statedRecords = 0; ///< reading: entity records by the clients section
     std::map<uint32_t, Damage> damaged; ///< by the running full code
     uint64_t recordsLost = 0;           ///< behind the place where a list ended early
@@ -95,6 +96,7 @@ struct ZvNativeFile::Impl {
     /// One entity; false when it wrote nothing or failed, the position is then that from before.
     bool WriteEntity(const ZvEntity& entity, int64_t& failures);
     void NoteType(const ZvEntity& entity);
+    int64_t ReadRecords(int64_t count, ZvEntityList& entities);
     bool ReadHead(ZvNativeRecordHead& head);
     void ReadOneRecord(uint64_t start, const ZvNativeRecordHead& head, ZvEntityList& entities,
                        int64_t& failures);

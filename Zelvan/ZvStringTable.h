@@ -8,6 +8,7 @@
 //   60000 titles of bars and dialogs
 // clang-format off
 ZV_STRING(10002, InvalidGeometry, "The geometry holds a value that is not a number")
+ZV_STRING(10050, EmptyCompound, "A compound must hold at least one object")
 
 ZV_STRING(40000, LineTypeDashed, "Dashed")
 ZV_STRING(40001, LineTypeDotted, "Dotted")

@@ -6,9 +6,11 @@
 #include <memory>
 #include <vector>
 
+class ZvBlock;
+
 /// A group of child entities kept in the entity itself, in front of which it acts as one. It can be tied to a block record,
 /// whose entities it then shows beside its own: simply (every query looks at each of them) or through the block's
-/// spatial tree. Children are owned, have this entity's layer, and take their by-block colour from it.
+/// spatial tree. Children are owned, answer this entity's layer and drawing, and have no names.
 ///
 /// It is also the keeper of records whose kind or client the program does not know (a proxy): it holds such a record
 /// byte for byte, has no geometry, and answers the record's own client and type.
@@ -102,14 +104,18 @@ private:
     /// Every entity shown: the children, then those of the tied block whose bounds meet the window (all for null).
     template <class Visit>
     void ForEach(const ZvBounds2D* window, Visit&& visit) const;
+    ZvBlock* TiedBlock() const;
+    void TakeOver(std::unique_ptr<ZvEntity> entity);
+    void Changed();
     void Tie(BlockTie tie, int blockIndex);
     bool WriteProxy(ZvNativeDesc& desc) const;
 
     ZvEntityList m_children;
     std::unique_ptr<ChildOwner> m_childOwner;
     std::unique_ptr<Proxy> m_proxy;
-    mutable ZvBounds3D m_bounds;
+    mutable ZvBounds3D m_childBounds;
     mutable bool m_boundsKnown = false;
+    mutable bool m_visiting = false; ///< guards against blocks that show themselves
     BlockTie m_tie = BlockTie::None;
     int32_t m_blockIndex = -1;
 };
