@@ -1,0 +1,203 @@
+#include "Zelvan/ZvDrawingIO.h"
+#include "Zelvan/DrawingAux/ZvDrawingDialogs.h"
+#include "Zelvan/DrawingAux/ZvSwapManager.h"
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
+#include "Zelvan/Ports/IZvHost.h"
+#include "Zelvan/Tables/ZvNamedView.h"
+#include "Zelvan/Tables/ZvViewTable.h"
+#include "Zelvan/View/ZvView.h"
+#include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvFileFormatServer.h"
+#include "Zelvan/ZvStrings.h"
+#include "ZvCore/Log.h"
+#include "ZvCore/Platform/Platform.h"
+
+namespace {
+
+/// Raises a counter for a scope.
+class Nested {
+public:
+    explicit Nested(int& counter) : m_counter(counter) { ++m_counter; }
+    ~Nested() { --m_counter; }
+    Nested(const Nested&) = delete;
+    Nested& operator=(const Nested&) = delete;
+
+private:
+    int& m_counter;
+};
+
+const char16_t* const kStoredView = u"__CurrentView__";
+
+std::unique_ptr<ZvCore::IProgress> StartProgress(IZvHost* host, int title) {
+    if (host)
+        return host->StartProgress(ZvStrings::GetW(title));
+    return std::make_unique<ZvCore::NoProgress>();
+}
+
+} // namespace
+
+ZvDrawingIO::ZvDrawingIO(ZvDrawing& drawing) : m_drawing(drawing) {
+    ResetSaveTime();
+}
+
+ZvDrawingIO::~ZvDrawingIO() = default;
+
+const ZvFileFormat* ZvDrawingIO::GetLastFormat() const {
+    return m_lastFormat.empty() ? nullptr : m_drawing.FileFormats().GetFormatById(m_lastFormat);
+}
+
+// --- dirty tracking ------------------------------------------------------------------------------------------------
+
+void ZvDrawingIO::ResetSaveTime() {
+    m_suppressUntil = DateTime::FromUtc(2000, 1, 1);
+}
+
+void ZvDrawingIO::SetDrawingDirty(bool dirty) {
+    const bool was = m_dirty;
+    m_dirty = dirty;
+    if (ZvDrawing* container = m_drawing.ParentLayoutDrawing(); dirty && container)
+        container->SetModified();
+    else
+        m_unsaved = dirty;
+    if (was != dirty && !m_drawing.Destroying())
+        m_drawing.PostEvent(ZvDrawingEvent::ModifiedChanged, dirty);
+}
+
+bool ZvDrawingIO::IsDrawingDirty() const {
+    return m_dirty && m_drawing.Clock().Now() >= m_suppressUntil;
+}
+
+void ZvDrawingIO::ShowLoadErrors(const IOErrorSet& errors) {
+    m_drawing.Dialogs()->ShowLoadErrors(errors);
+}
+
+void ZvDrawingIO::ShowSaveErrors(const IOErrorSet& errors) {
+    m_drawing.Dialogs()->ShowSaveErrors(errors);
+}
+
+// --- loading -------------------------------------------------------------------------------------------------------
+
+void ZvDrawingIO::ApplyLoadFlags(uint32_t flags, ZvFileOptions& options) {
+    options.providerOption = flags & ZvIOFlag::ProviderOption;
+    if (flags & ZvIOFlag::Merge)
+        options.values.Set("Merge", true);
+    if (flags & ZvIOFlag::SkipChecksum)
+        options.values.Set("SkipChecksum", true);
+}
+
+void ZvDrawingIO::AddPostLoadScheduledAction(std::function<void(ZvDrawing&)> action) {
+    if (action)
+        m_postLoadActions.push_back(std::move(action));
+}
+
+Zv::Status ZvDrawingIO::LoadFile(const std::filesystem::path& file, uint32_t flags, IOErrorSet* errors,
+                                 const ZvFileOptions* options) {
+    IOErrorSet own;
+    IOErrorSet& set = errors ? *errors : own;
+    const ZvFileFormat* format = m_drawing.FileFormats().GetFormat(file);
+    if (format && format->canLoad)
+        return LoadFileInternal(file, *format, flags, set, options);
+    set.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::LoadNoFormat), ZvPlatform::PathToUtf8(file).c_str()).Str());
+    if (!(flags & ZvIOFlag::Quiet))
+        ShowLoadErrors(set);
+    return Zv::Status::NotStarted;
+}
+
+Zv::Status ZvDrawingIO::LoadNative(const std::filesystem::path& file, uint32_t flags, IOErrorSet* errors) {
+    IOErrorSet own;
+    return LoadFileInternal(file, *m_drawing.FileFormats().GetNativeLoadFormat(), flags, errors ? *errors : own,
+                            nullptr);
+}
+
+Zv::Status ZvDrawingIO::LoadSimple(const std::filesystem::path& file, std::string* why) {
+    IOErrorSet errors;
+    const Zv::Status status = LoadFile(file, ZvIOFlag::Quiet, &errors);
+    if (why)
+        *why = errors.ToString();
+    return status;
+}
+
+Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
+                                         IOErrorSet& errors, const ZvFileOptions* given) {
+    if (m_loading || m_saving) {
+        errors.Add(0, ZvStrings::Get(ZvStr::FileBusy));
+        return Zv::Status::NotStarted;
+    }
+    ZvLog::Printf(ZvLog::Level::Info, "Load %s\n", ZvPlatform::PathToUtf8(file).c_str());
+    ZvFileOptions options = given ? *given : ZvFileOptions();
+    ApplyLoadFlags(flags, options);
+    if (!(flags & ZvIOFlag::Quiet) && !options.host)
+        options.host = m_drawing.Host();
+    const bool wasDirty = m_dirty;
+    Zv::Status status;
+    {
+        const Nested busy(m_loading);
+        const ZvWaitCursor wait(m_drawing.Host());
+        m_drawing.SuspendAutoCleanup();
+        const auto progress = StartProgress(m_drawing.Host(), ZvStr::LoadingDrawing);
+        status = format.provider->Load(m_drawing, file, format, options, errors, *progress);
+        if (Zv::Ok(status))
+            PostLoadCleanup(file, format, flags);
+        PostLoadCleanupObligatoir();
+        m_drawing.ResumeAutoCleanup();
+    }
+    if (Zv::Ok(status))
+        SetDrawingDirty(flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName) ? wasDirty || flags & ZvIOFlag::Merge : false);
+    PostLoadRunScheduledActions();
+    m_drawing.PostEvent(ZvDrawingEvent::Loaded, Zv::Ok(status));
+    if (!(flags & ZvIOFlag::Quiet))
+        ShowLoadErrors(errors);
+    if (ZvSwapManager* swap = m_drawing.SwapManager())
+        (void)swap->Balance();
+    return status;
+}
+
+/// What a successful load leaves to do: the drawing now stands for that file.
+void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags) {
+    if (flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName))
+        return;
+    m_fileName = NormalizeName(file);
+    m_lastFormat = format.id;
+    RestoreCurrentView();
+}
+
+/// Whatever the load did: nothing may refer to entities that are gone.
+void ZvDrawingIO::PostLoadCleanupObligatoir() {
+    m_drawing.CurrentSelection().CropInvalidEntities();
+    m_drawing.Verbs()->PurgeUndo();
+    m_drawing.RefreshGlobalData();
+    m_drawing.Regenerate();
+}
+
+void ZvDrawingIO::PostLoadRunScheduledActions() {
+    const auto actions = std::move(m_postLoadActions);
+    m_postLoadActions.clear();
+    for (const auto& action : actions)
+        action(m_drawing);
+}
+
+// --- the view goes with the drawing --------------------------------------------------------------------------------
+
+void ZvDrawingIO::StoreCurrentView() {
+    const ZvView* view = m_drawing.GetCurrentView();
+    if (!view)
+        return;
+    ZvNamedView* record = m_drawing.ViewTable()->GetByName(kStoredView);
+    if (!record) {
+        record = m_drawing.ViewTable()->InsertNew(kStoredView);
+        if (!record)
+            return;
+        record->SetInternal(true);
+    }
+    view->StoreTo(*record);
+}
+
+void ZvDrawingIO::RestoreCurrentView() {
+    ZvView* view = m_drawing.GetCurrentView();
+    if (!view)
+        return;
+    if (const ZvNamedView* record = m_drawing.ViewTable()->GetByName(kStoredView))
+        view->RestoreFrom(*record);
+    else
+        (void)view->ZoomExtents();
+}
