@@ -110,7 +110,6 @@ struct ZvDrawingSetup {
     bool createDefaults = true;            ///< make the default records of the tables
     IZvHost* host = nullptr;               ///< null: silent; questions get their default answers
     const IZvClock* clock = nullptr;       ///< null: the system's
-    ZvServer* server = nullptr;            ///< null: the application's
     ZvFileFormatServer* formats = nullptr; ///< null: the application's
     Guid guid;                             ///< null: a new one
 };
@@ -292,12 +291,13 @@ public:
     ZvEntity* GetEntity(ZvName name) const { return m_nameTable.GetQuiet(name); }
     /// Non-erased entities of all layers, bounds of all non-erased ones.
     ZvBounds3D Bounds(bool visibleOnly = false) const;
-    /// Recomputes cached bounds and draw sets, repaints.
-    void Regenerate();
+    /// Repaints everything. `deep`: cached bounds and draw sets are computed anew from the entities, too.
+    void Regenerate(bool deep = false);
 
     /// What a search takes. The default is what a user can pick: visible and not erased, on visible layers.
     struct Find {
-        bool invisible = false;
+        bool invisible = false;      ///< also invisible entities, and those of invisible layers
+        bool internalLayers = false; ///< also the program's own layers (grid, construction)
         bool lockedLayers = true;
         bool unselectable = true;
         bool crossing = true; ///< false: only what lies within the box entirely
@@ -406,8 +406,8 @@ public:
     void PromptControl(const XStringW& prompt) const;
     /// Runs a command line; false without a command processor or when it refuses.
     bool Execute(const XStringW& line);
-    /// Repaints what shows the box in every view (and in views of layouts that show this drawing).
-    void Invalidate(const ZvBounds3D& bounds, bool eraseBackground = false);
+    /// Repaints what shows the box in every view, those of layouts included. Cheap without views.
+    void Invalidate(const ZvBounds3D& bounds);
     /// Drawers of plug-ins, called after the entities of a view; not owned.
     void RegisterClientDraw(IZvClientDraw* drawer);
     void UnregisterClientDraw(IZvClientDraw* drawer);
@@ -418,7 +418,8 @@ public:
     // --- life --------------------------------------------------------------------------------------------------------------
     /// False while a command is busy (which is then told to cancel).
     bool CanDestroy();
-    bool Destroying() const { return m_destroying; }
+    /// Also while Purge empties the drawing: owners then let go of their entities without telling it about each.
+    bool Destroying() const { return m_destroying || m_emptying; }
     /// Makes this the application's current drawing.
     void MakeCurrentDrawing();
     static ZvDrawing* CurrentDrawing();
@@ -439,6 +440,8 @@ private:
     void ConstructServices();
     void ConstructTables();
     void ConstructLateServices();
+    template <class T>
+    T* MakeTable();
     void DestroyTables();
     void DestroyServices();
     void SetDefaultAttributes();
@@ -446,8 +449,11 @@ private:
     void StampCleanup();
     void CompactEntityHeap();
     ZvLayer* LayerForInsert(const XStringW& layerName);
+    void CurrentPropertiesChanged();
+    ZvBNode* TreeOf(ZvLayer& layer) const;
     void ForEachTree(const std::function<void(ZvBNode&)>& visit) const;
     int AddFiltered(const std::vector<ZvEntity*>& found, ZvSelection& selection) const;
+    void MemberUsage(ZvUsageTable& usage, const ZvSelection& selection) const;
 
     // Destruction ends in the reverse of this order: name table, selection, view options, timer registration.
     std::unique_ptr<ZvAuxTimer> m_timer;
@@ -466,6 +472,7 @@ private:
     bool m_isChildLayout = false;
     bool m_hasProxyTables = false;
     bool m_destroying = false;
+    bool m_emptying = false;
     int m_cleanupSuspended = 0;
     CleanupStamp m_cleanupStamp;
     DateTime m_fileDate;

@@ -97,7 +97,8 @@ Zv::Status ZvDrawingIO::LoadFile(const std::filesystem::path& file, uint32_t fla
     const ZvFileFormat* format = m_drawing.FileFormats().GetFormat(file);
     if (format && format->canLoad)
         return LoadFileInternal(file, *format, flags, set, options);
-    set.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::LoadNoFormat), ZvPlatform::PathToUtf8(file).c_str()).Str());
+    set.Add(
+        0, XStringA::Format(ZvStrings::Get(ZvStr::LoadNoFormat), ZvPlatform::PathToUtf8(file).c_str()).Str());
     if (!(flags & ZvIOFlag::Quiet))
         ShowLoadErrors(set);
     return Zv::Status::NotStarted;
@@ -105,8 +106,8 @@ Zv::Status ZvDrawingIO::LoadFile(const std::filesystem::path& file, uint32_t fla
 
 Zv::Status ZvDrawingIO::LoadNative(const std::filesystem::path& file, uint32_t flags, IOErrorSet* errors) {
     IOErrorSet own;
-    return LoadFileInternal(file, *m_drawing.FileFormats().GetNativeLoadFormat(), flags, errors ? *errors : own,
-                            nullptr);
+    return LoadFileInternal(file, *m_drawing.FileFormats().GetNativeLoadFormat(), flags,
+                            errors ? *errors : own, nullptr);
 }
 
 Zv::Status ZvDrawingIO::LoadSimple(const std::filesystem::path& file, std::string* why) {
@@ -117,8 +118,8 @@ Zv::Status ZvDrawingIO::LoadSimple(const std::filesystem::path& file, std::strin
     return status;
 }
 
-Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
-                                         IOErrorSet& errors, const ZvFileOptions* given) {
+Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, const ZvFileFormat& format,
+                                         uint32_t flags, IOErrorSet& errors, const ZvFileOptions* given) {
     if (m_loading || m_saving) {
         errors.Add(0, ZvStrings::Get(ZvStr::FileBusy));
         return Zv::Status::NotStarted;
@@ -142,7 +143,8 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
         m_drawing.ResumeAutoCleanup();
     }
     if (Zv::Ok(status))
-        SetDrawingDirty(flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName) ? wasDirty || flags & ZvIOFlag::Merge : false);
+        SetDrawingDirty(flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName) ? wasDirty || flags & ZvIOFlag::Merge
+                                                                       : false);
     PostLoadRunScheduledActions();
     m_drawing.PostEvent(ZvDrawingEvent::Loaded, Zv::Ok(status));
     if (!(flags & ZvIOFlag::Quiet))
@@ -153,7 +155,8 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
 }
 
 /// What a successful load leaves to do: the drawing now stands for that file.
-void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags) {
+void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format,
+                                  uint32_t flags) {
     if (flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName))
         return;
     m_fileName = NormalizeName(file);

@@ -16,15 +16,15 @@ struct ZvNativeOptions;
 /// Flags of loads and saves; bits that a call has no use for are ignored.
 namespace ZvIOFlag {
 enum : uint32_t {
-    Merge = 1,             ///< load: into what the drawing holds
-    SkipChecksum = 2,      ///< load: do not verify the whole-file digest
-    Quiet = 4,             ///< neither show errors nor ask; they are in the error set
-    KeepName = 8,          ///< the drawing keeps its file name and stays as dirty as it was (export, import)
-    PurgeUnused = 0x10,    ///< save: leave out table records without use
-    SelectionOnly = 0x20,  ///< save: the selection in the options, or else the current one
-    Preview = 0x40,        ///< save: store a thumbnail
-    Solid = 0x80,          ///< save: smallest file
-    NoVerify = 0x100,      ///< save: do not read the written file back before it replaces the old one
+    Merge = 1,            ///< load: into what the drawing holds
+    SkipChecksum = 2,     ///< load: do not verify the whole-file digest
+    Quiet = 4,            ///< neither show errors nor ask; they are in the error set
+    KeepName = 8,         ///< the drawing keeps its file name and stays as dirty as it was (export, import)
+    PurgeUnused = 0x10,   ///< save: leave out table records without use
+    SelectionOnly = 0x20, ///< save: the selection in the options, or else the current one
+    Preview = 0x40,       ///< save: store a thumbnail
+    Solid = 0x80,         ///< save: smallest file
+    NoVerify = 0x100,     ///< save: do not read the written file back before it replaces the old one
     ProviderOption = 0x10000, ///< passed on to the provider
 };
 }
@@ -45,7 +45,8 @@ public:
     Zv::Status LoadFile(const std::filesystem::path& file, uint32_t flags = 0, IOErrorSet* errors = nullptr,
                         const ZvFileOptions* options = nullptr);
     /// The native format, whatever the name's extension.
-    Zv::Status LoadNative(const std::filesystem::path& file, uint32_t flags = 0, IOErrorSet* errors = nullptr);
+    Zv::Status LoadNative(const std::filesystem::path& file, uint32_t flags = 0,
+                          IOErrorSet* errors = nullptr);
     /// A quiet load without options; the reasons of a failure as text.
     Zv::Status LoadSimple(const std::filesystem::path& file, std::string* why = nullptr);
     /// Sets a native load's options from flags.
@@ -55,9 +56,11 @@ public:
 
     // --- saving ----------------------------------------------------------------------------------------------------------------
     /// `format` null: by the name's extension, else native. NotStarted when the save could not begin.
-    Zv::Status SaveFile(const std::filesystem::path& file, const ZvFileFormat* format = nullptr, uint32_t flags = 0,
-                        IOErrorSet* errors = nullptr, const ZvFileOptions* options = nullptr);
-    Zv::Status SaveNative(const std::filesystem::path& file, uint32_t flags = 0, IOErrorSet* errors = nullptr);
+    Zv::Status SaveFile(const std::filesystem::path& file, const ZvFileFormat* format = nullptr,
+                        uint32_t flags = 0, IOErrorSet* errors = nullptr,
+                        const ZvFileOptions* options = nullptr);
+    Zv::Status SaveNative(const std::filesystem::path& file, uint32_t flags = 0,
+                          IOErrorSet* errors = nullptr);
     static void ApplySaveFlags(uint32_t flags, ZvFileOptions& options);
     /// "a.zvf" and "a.zvf.zvd" become "a.zvd", in any case of letters; other names stay.
     static std::filesystem::path NormalizeName(const std::filesystem::path& file);
@@ -96,8 +99,8 @@ private:
     void PostLoadRunScheduledActions();
     Zv::Status SaveFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                                 IOErrorSet& errors, const ZvFileOptions* given);
-    Zv::Status WriteAndReplace(const std::filesystem::path& target, const ZvFileFormat& format, uint32_t flags,
-                               const ZvFileOptions& options, IOErrorSet& errors);
+    Zv::Status WriteAndReplace(const std::filesystem::path& target, const ZvFileFormat& format,
+                               uint32_t flags, const ZvFileOptions& options, IOErrorSet& errors);
     bool VerifyWritten(const std::filesystem::path& file, IOErrorSet& errors) const;
     bool PreSave(const ZvFileFormat& format);
     void PostSave();

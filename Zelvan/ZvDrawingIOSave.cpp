@@ -79,8 +79,8 @@ Zv::Status ZvDrawingIO::SaveNative(const fs::path& file, uint32_t flags, IOError
     return SaveFile(file, m_drawing.FileFormats().GetNativeSaveFormat(), flags, errors);
 }
 
-Zv::Status ZvDrawingIO::SaveFile(const fs::path& given, const ZvFileFormat* format, uint32_t flags, IOErrorSet* errors,
-                                 const ZvFileOptions* options) {
+Zv::Status ZvDrawingIO::SaveFile(const fs::path& given, const ZvFileFormat* format, uint32_t flags,
+                                 IOErrorSet* errors, const ZvFileOptions* options) {
     IOErrorSet own;
     IOErrorSet& set = errors ? *errors : own;
     const fs::path file = NormalizeName(given);
@@ -92,7 +92,8 @@ Zv::Status ZvDrawingIO::SaveFile(const fs::path& given, const ZvFileFormat* form
     if (m_saving || m_loading)
         set.Add(0, ZvStrings::Get(ZvStr::FileBusy));
     else if (file.filename().empty() || !format->canSave)
-        set.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveNoFormat), ZvPlatform::PathToUtf8(file).c_str()).Str());
+        set.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveNoFormat), ZvPlatform::PathToUtf8(file).c_str())
+                       .Str());
     else
         status = SaveFileInternal(file, *format, flags, set, options);
     if (!(flags & ZvIOFlag::Quiet))
@@ -167,7 +168,9 @@ Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileForm
     const Zv::Status status = format.provider->Save(m_drawing, written, format, options, errors, *progress);
     if (!Zv::Ok(status)) {
         if (!errors.HasErrors())
-            errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveFailed), ZvPlatform::PathToUtf8(target).c_str()).Str());
+            errors.Add(
+                0, XStringA::Format(ZvStrings::Get(ZvStr::SaveFailed), ZvPlatform::PathToUtf8(target).c_str())
+                       .Str());
         return status;
     }
     const bool native = format.provider == m_drawing.FileFormats().GetNativeSaveFormat()->provider;
@@ -178,8 +181,8 @@ Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileForm
             host->SetStatusText(ZvStrings::GetW(ZvStr::ReplacingOriginal));
         fs::permissions(written, fs::status(target, ignored).permissions(), ignored);
         if (const std::string why = ZvPlatform::RenameReplace(written, target); !why.empty()) {
-            errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveCannotReplace), ZvPlatform::PathToUtf8(target).c_str(),
-                                           why.c_str())
+            errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveCannotReplace),
+                                           ZvPlatform::PathToUtf8(target).c_str(), why.c_str())
                               .Str());
             return Zv::Status::Failure;
         }
@@ -199,6 +202,8 @@ bool ZvDrawingIO::VerifyWritten(const fs::path& file, IOErrorSet& errors) const 
     const auto stream = ZvCore::DiskFile::Open(file, ZvCore::DiskFile::Mode::Read, why);
     if (stream && ZvNativeFile::IsValidFile(stream.get(), true, reason))
         return true;
-    errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveNotVerified), stream ? reason.ToUtf8().c_str() : why.c_str()).Str());
+    errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveNotVerified),
+                                   stream ? reason.ToUtf8().c_str() : why.c_str())
+                      .Str());
     return false;
 }
