@@ -16,8 +16,8 @@ class ZvSelection;
 struct ZvFileOptions {
     /// Options of the format by name, as the provider documents them ("Layer", "Encoding", "TargetCrs").
     ZvCore::Settings values;
-    /// Save: only these entities; null saves all.
-    const ZvSelection* selection = nullptr;
+    /// Save: only these entities; null saves all. A native load drops members that no longer exist from it.
+    ZvSelection* selection = nullptr;
     /// Bit 16 of the flags of ZvDrawingIO::SaveFile.
     bool providerOption = false;
     /// Told what could not be carried over; may be null.

@@ -58,8 +58,9 @@ void ZvEntityNameTable::Update(ZvName name, ZvEntity* entity) {
     }
     ZvEntity*& slot = m_slots[name.value];
     if (!slot) {
-        const auto text = XStringA::Format("Update(name, ptr). Name:Ptr = %llu:%llX", (unsigned long long)name.value,
-                                           (unsigned long long)reinterpret_cast<uintptr_t>(entity));
+        const auto text =
+            XStringA::Format("Update(name, ptr). Name:Ptr = %llu:%llX", (unsigned long long)name.value,
+                             (unsigned long long)reinterpret_cast<uintptr_t>(entity));
         ZvErrors::Report(ZvErrorCode::NameTable, text.View());
         if (!entity)
             return;

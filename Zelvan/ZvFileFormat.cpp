@@ -3,9 +3,9 @@
 #include <algorithm>
 
 bool ZvFileFormat::Matches(const std::filesystem::path& file) const {
-    const XStringW name = XStringW::FromUtf8(ZvPlatform::PathToUtf8(file.filename())).ToLower();
+    const XStringW fileName = XStringW::FromUtf8(ZvPlatform::PathToUtf8(file.filename())).ToLower();
     return std::any_of(extensions.begin(), extensions.end(), [&](const std::string& extension) {
-        return name.EndsWith(XStringW::FromUtf8("." + extension).View());
+        return fileName.EndsWith(XStringW::FromUtf8("." + extension).View());
     });
 }
 

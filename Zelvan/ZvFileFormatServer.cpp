@@ -45,7 +45,8 @@ std::vector<const ZvFileFormat*> ZvFileFormatServer::FileFormatInList(const IZvF
     return list;
 }
 
-std::vector<const ZvFileFormat*> ZvFileFormatServer::FileFormatOutList(const IZvFileProvider* provider) const {
+std::vector<const ZvFileFormat*>
+ZvFileFormatServer::FileFormatOutList(const IZvFileProvider* provider) const {
     std::vector<const ZvFileFormat*> list;
     for (const auto& format : m_formats)
         if (format->canSave && (!provider || format->provider == provider))
@@ -86,7 +87,8 @@ std::vector<std::string> ZvFileFormatServer::FileFormatOutExtensions() const {
     std::vector<std::string> extensions;
     for (const ZvFileFormat* format : FileFormatOutList()) {
         if (format->extensions.empty())
-            ZvLog::Write(ZvLog::Level::Warning, std::string(ZvStrings::Get(ZvStr::SaveNeedsExtension)) + ": " + format->id);
+            ZvLog::Write(ZvLog::Level::Warning,
+                         std::string(ZvStrings::Get(ZvStr::SaveNeedsExtension)) + ": " + format->id);
         for (const std::string& extension : format->extensions)
             if (const std::string dotted = "." + extension;
                 std::find(extensions.begin(), extensions.end(), dotted) == extensions.end())

@@ -6,12 +6,14 @@
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/DiskFile.h"
 #include "ZvCore/Platform/Platform.h"
+#include "ZvCore/ZvErrors.h"
 
 namespace {
 
 constexpr int kCannotOpen = int(ZvErrorCode::None);
 
-ZvNativeOptions ToNative(const ZvFileOptions& options, const std::filesystem::path& file, ZvCore::IProgress& progress) {
+ZvNativeOptions ToNative(const ZvFileOptions& options, const std::filesystem::path& file,
+                         ZvCore::IProgress& progress) {
     ZvNativeOptions native;
     const ZvCore::Settings& values = options.values;
     native.compressionLevel = int(values.GetInt("CompressionLevel", native.compressionLevel));
@@ -44,7 +46,8 @@ std::vector<ZvFileFormat> ZvNativeProvider::Formats() const {
 }
 
 Zv::Status ZvNativeProvider::Load(ZvDrawing& drawing, const std::filesystem::path& file, const ZvFileFormat&,
-                                  const ZvFileOptions& options, IOErrorSet& errors, ZvCore::IProgress& progress) {
+                                  const ZvFileOptions& options, IOErrorSet& errors,
+                                  ZvCore::IProgress& progress) {
     std::string why;
     const auto stream = ZvCore::DiskFile::Open(file, ZvCore::DiskFile::Mode::Read, why);
     if (!stream) {
@@ -62,7 +65,8 @@ Zv::Status ZvNativeProvider::Load(ZvDrawing& drawing, const std::filesystem::pat
 }
 
 Zv::Status ZvNativeProvider::Save(ZvDrawing& drawing, const std::filesystem::path& file, const ZvFileFormat&,
-                                  const ZvFileOptions& options, IOErrorSet& errors, ZvCore::IProgress& progress) {
+                                  const ZvFileOptions& options, IOErrorSet& errors,
+                                  ZvCore::IProgress& progress) {
     std::string why;
     const auto stream = ZvCore::DiskFile::Open(file, ZvCore::DiskFile::Mode::Create, why);
     if (!stream) {

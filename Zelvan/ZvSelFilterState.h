@@ -7,8 +7,8 @@
 /// Criteria of the selection filter. An empty set lets everything pass.
 struct ZvSelFilterState {
     bool enabled = false;
-    std::set<uint32_t> types;    ///< full codes of entity kinds
-    std::set<XStringW> layers;   ///< names, upper case
-    std::set<uint64_t> colors;   ///< ZvColor::To64
+    std::set<uint32_t> types;  ///< full codes of entity kinds
+    std::set<XStringW> layers; ///< names, upper case
+    std::set<uint64_t> colors; ///< ZvColor::To64
     friend bool operator==(const ZvSelFilterState&, const ZvSelFilterState&) = default;
 };

@@ -27,7 +27,8 @@ uint32_t HilbertIndex(uint32_t x, uint32_t y) {
 } // namespace
 
 ZvSelection::ZvSelection(ZvDrawing* drawing)
-    : m_drawing(drawing), m_creationTime((drawing ? drawing->Clock() : IZvClock::System()).MonotonicSeconds()) {}
+    : m_drawing(drawing),
+      m_creationTime((drawing ? drawing->Clock() : IZvClock::System()).MonotonicSeconds()) {}
 
 ZvSelection::ZvSelection(ZvDrawing* drawing, const pvect<ZvEntity*>& entities) : ZvSelection(drawing) {
     Insert(int(entities.size()), entities.data());
@@ -356,7 +357,8 @@ bool ZvSelection::PositiveUnion(const ZvSelection& other) const {
     return std::any_of(m_names.begin(), m_names.end(), [&](uint32_t n) { return other.Contains(ZvName(n)); });
 }
 
-void ZvSelection::Combine(const ZvSelection& a, const ZvSelection& b, ZvSelection& out, ZvSetCombineModes mode) {
+void ZvSelection::Combine(const ZvSelection& a, const ZvSelection& b, ZvSelection& out,
+                          ZvSetCombineModes mode) {
     out.Clear();
     if (!out.m_drawing)
         out.m_drawing = a.m_drawing ? a.m_drawing : b.m_drawing;

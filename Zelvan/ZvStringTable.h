@@ -77,7 +77,8 @@ ZV_STRING(45031, UnitDegrees, "degrees")
 ZV_STRING(45040, KernelMissing,
           "Polygon operations are not available: this program was built without a geometry kernel")
 
-ZV_STRING(47000, LoadCorruptQuestion, "The file appears to be corrupt. Do you want to continue trying to load it?")
+ZV_STRING(47000, LoadCorruptQuestion,
+          "The file appears to be corrupt. Do you want to continue trying to load it?")
 ZV_STRING(47001, LoadNewerTitle, "Version Change")
 ZV_STRING(47002, LoadNewerQuestion,
           "This file has been saved with a newer version of Zelvan. \n You may open this file, but you will "
@@ -98,7 +99,8 @@ ZV_STRING(47011, LoadUnreadable, "The %s at byte %I64d cannot be read: %s.")
 ZV_STRING(47012, LoadSectionOutside,
           "The %s section is said to begin at byte %I64d, which is not between the header and the end at byte "
           "%I64d.")
-ZV_STRING(47013, LoadBadEntityHead, "The entity record head is said to be %u bytes long; 12 to 4096 can be read.")
+ZV_STRING(47013, LoadBadEntityHead,
+          "The entity record head is said to be %u bytes long; 12 to 4096 can be read.")
 ZV_STRING(47014, LoadSolidInSolid, "The body of the file is said to hold a compressed body again.")
 ZV_STRING(47015, LoadDamagedRecords,
           "%d records of kind %s are damaged and were left out; the first begins at byte %I64d%s.")
@@ -124,9 +126,9 @@ ZV_STRING(48001, SaveOutOfMemory, "There is not enough memory to save the drawin
 ZV_STRING(48002, SaveWriteFailed, "The file could not be written: %s")
 ZV_STRING(48003, SaveEntityFailed, "The object %u (%s) could not be written and is missing in the file.")
 ZV_STRING(48004, SaveNoPreview, "No preview picture could be made; the file is complete without it.")
-// clang-format on
 
-ZV_STRING(48500, SaveNoFormat, "The drawing cannot be saved as \"%s\". Choose a name and a format that can be saved.")
+ZV_STRING(48500, SaveNoFormat,
+          "The drawing cannot be saved as \"%s\". Choose a name and a format that can be saved.")
 ZV_STRING(48501, SavingDrawing, "Saving drawing")
 ZV_STRING(48502, FileSaveErrors, "File SaveBusy Errors")
 ZV_STRING(48503, SaveDrawing, "Save Drawing")
@@ -135,16 +137,21 @@ ZV_STRING(48505, ReplacingOriginal, "Replacing original file")
 ZV_STRING(48506, SaveDone, "Done")
 ZV_STRING(48507, SaveFailed, "\"%s\" could not be saved; a file of that name is as it was.")
 ZV_STRING(48508, SaveCannotReplace, "\"%s\" could not be replaced and is as it was: %s")
-ZV_STRING(48509, SaveNotVerified, "What was written could not be read back, so the file of that name is as it was: %s")
+ZV_STRING(48509, SaveNotVerified,
+          "What was written could not be read back, so the file of that name is as it was: %s")
 
 ZV_STRING(49000, NothingToUndo, "There is nothing to undo.")
 ZV_STRING(49001, CannotUndo, "The previous operation cannot be undone")
-ZV_STRING(49002, NothingToRedo, "There is nothing to redo. Certain operations, including all GIS actions, cannot be redone.")
+ZV_STRING(49002, NothingToRedo,
+          "There is nothing to redo. Certain operations, including all GIS actions, cannot be redone.")
 ZV_STRING(49003, CannotRedo, "The operation '%s' cannot be redone.")
 
 ZV_STRING(50500, FatalErrorSave, "A fatal error has occured. Would you like to try to save your drawing?")
-ZV_STRING(50501, OutOfSync, "Fatal Error: Database has become out of sync. Forced crash initiated to avoid data loss, please contact KTR Support immediately!")
+ZV_STRING(50501, OutOfSync,
+          "Fatal Error: Database has become out of sync. Forced crash initiated to avoid data loss, "
+          "please contact KTR Support immediately!")
 ZV_STRING(50502, EntityIsErased, "The object is erased")
 ZV_STRING(50503, LayerIsLocked, "The layer \"%s\" is locked")
 ZV_STRING(50504, VerbCount, "Number of verbs = %d\n")
 ZV_STRING(50505, VerbMemory, "Amount of memory used by verbs = %d KB\n")
+// clang-format on

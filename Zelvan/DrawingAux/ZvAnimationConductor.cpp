@@ -10,7 +10,8 @@ int ZvAnimationConductor::Start(std::unique_ptr<IZvAnimation> animation, double 
 
 bool ZvAnimationConductor::Stop(int id) {
     for (auto* list : {&m_running, &m_started}) {
-        const auto found = std::find_if(list->begin(), list->end(), [&](const auto& r) { return r.id == id; });
+        const auto found =
+            std::find_if(list->begin(), list->end(), [&](const auto& r) { return r.id == id; });
         if (id == 0 || found == list->end())
             continue;
         if (m_ticking && list == &m_running)

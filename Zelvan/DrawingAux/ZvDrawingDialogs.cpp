@@ -4,7 +4,8 @@
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
 
-std::vector<std::filesystem::path> ZvDrawingDialogs::AskOpen(bool many, bool* includeUnused, bool* customMerge) {
+std::vector<std::filesystem::path> ZvDrawingDialogs::AskOpen(bool many, bool* includeUnused,
+                                                             bool* customMerge) {
     IZvHost* host = m_drawing.Host();
     if (!host)
         return {};

@@ -16,7 +16,8 @@ public:
     explicit ZvDrawingDialogs(ZvDrawing& drawing) : m_drawing(drawing) {}
 
     /// Empty when cancelled. `includeUnused` and `customMerge` take the state of the dialog's options when given.
-    std::vector<std::filesystem::path> AskOpen(bool many, bool* includeUnused = nullptr, bool* customMerge = nullptr);
+    std::vector<std::filesystem::path> AskOpen(bool many, bool* includeUnused = nullptr,
+                                               bool* customMerge = nullptr);
     /// The name has an extension of a save format. Empty when cancelled.
     std::filesystem::path AskSave(const std::filesystem::path& start = {});
     /// Nothing for an empty set.

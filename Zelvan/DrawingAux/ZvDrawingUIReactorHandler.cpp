@@ -11,20 +11,24 @@ bool ZvDrawingUIReactorHandler::Ask(XStringW* reason, Question question) {
 }
 
 bool ZvDrawingUIReactorHandler::MayRunCommand(const XStringW& command, XStringW* reason) {
-    return Ask(reason, [&](auto& reactor, XStringW& why) { return reactor.AllowCommand(m_drawing, command, why); });
+    return Ask(reason,
+               [&](auto& reactor, XStringW& why) { return reactor.AllowCommand(m_drawing, command, why); });
 }
 
 bool ZvDrawingUIReactorHandler::MayCreate(const ZvEntity& entity, XStringW* reason) {
-    return Ask(reason, [&](auto& reactor, XStringW& why) { return reactor.AllowCreation(m_drawing, entity, why); });
+    return Ask(reason,
+               [&](auto& reactor, XStringW& why) { return reactor.AllowCreation(m_drawing, entity, why); });
 }
 
 bool ZvDrawingUIReactorHandler::MayErase(const ZvEntity& entity, XStringW* reason) {
-    return Ask(reason, [&](auto& reactor, XStringW& why) { return reactor.AllowErasure(m_drawing, entity, why); });
+    return Ask(reason,
+               [&](auto& reactor, XStringW& why) { return reactor.AllowErasure(m_drawing, entity, why); });
 }
 
 bool ZvDrawingUIReactorHandler::MayModify(const ZvEntity& entity, XStringW* reason) {
-    return Ask(reason,
-               [&](auto& reactor, XStringW& why) { return reactor.AllowModification(m_drawing, entity, why); });
+    return Ask(reason, [&](auto& reactor, XStringW& why) {
+        return reactor.AllowModification(m_drawing, entity, why);
+    });
 }
 
 void ZvDrawingUIReactorHandler::DrawingDying() {

@@ -27,7 +27,8 @@ void ZvHomeGrid::Store(ZvCore::BinXmlNode& node) const {
 }
 
 void ZvHomeGrid::Load(const ZvCore::BinXmlNode& node) {
-    m_origin = {node.GetDouble("X", m_origin.x), node.GetDouble("Y", m_origin.y), node.GetDouble("Z", m_origin.z)};
+    m_origin = {node.GetDouble("X", m_origin.x), node.GetDouble("Y", m_origin.y),
+                node.GetDouble("Z", m_origin.z)};
     SetSpacing(node.GetDouble("SpacingX", m_spacingX), node.GetDouble("SpacingY", m_spacingY));
     m_rotation = node.GetDouble("Rotation", m_rotation);
     SetDivisions(int(node.GetInt("Divisions", m_divisions)));

@@ -80,7 +80,8 @@ ZvMergeHelper::Result ZvMergeHelper::Merge(const ZvDrawing& from, const ZvMergeP
     for (const auto& [theirs, ours] : result.names)
         for (ZvName partner : from.EntityAssociator()->GetAssociates(ZvName(theirs)))
             if (const auto found = result.names.find(partner.value); found != result.names.end())
-                result.associations += m_drawing.EntityAssociator()->Associate(ZvName(ours), ZvName(found->second));
+                result.associations +=
+                    m_drawing.EntityAssociator()->Associate(ZvName(ours), ZvName(found->second));
     if (result.entities) {
         m_drawing.SetModified();
         m_drawing.Invalidate(ZvBounds3D::SuperBounds());

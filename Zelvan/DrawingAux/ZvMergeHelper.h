@@ -25,8 +25,8 @@ public:
     };
     /// `selection` (of the other drawing) null: everything, unused records included. Otherwise these entities and the records that
     /// they use. Cancelled (by `progress`) or failed merges leave what was copied until then. The other drawing is not changed.
-    Result Merge(const ZvDrawing& from, const ZvMergeProfile& profile = {}, const ZvSelection* selection = nullptr,
-                 ZvCore::IProgress* progress = nullptr);
+    Result Merge(const ZvDrawing& from, const ZvMergeProfile& profile = {},
+                 const ZvSelection* selection = nullptr, ZvCore::IProgress* progress = nullptr);
 
 private:
     ZvDrawing& m_drawing;

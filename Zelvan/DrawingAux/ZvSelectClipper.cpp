@@ -19,8 +19,8 @@ bool SegmentsMeet(const Vec2d& a, const Vec2d& b, const Vec2d& c, const Vec2d& d
     const double abc = Side(a, b, c), abd = Side(a, b, d), cda = Side(c, d, a), cdb = Side(c, d, b);
     if (((abc > 0) != (abd > 0)) && ((cda > 0) != (cdb > 0)) && abc != 0 && abd != 0 && cda != 0 && cdb != 0)
         return true;
-    return (abc == 0 && Between(a, b, c)) || (abd == 0 && Between(a, b, d)) || (cda == 0 && Between(c, d, a)) ||
-           (cdb == 0 && Between(c, d, b));
+    return (abc == 0 && Between(a, b, c)) || (abd == 0 && Between(a, b, d)) ||
+           (cda == 0 && Between(c, d, a)) || (cdb == 0 && Between(c, d, b));
 }
 
 } // namespace
@@ -59,8 +59,9 @@ ZvClipResult ZvSelectClipper::Test(const ZvEntity& entity) const {
     if (result != ZvClipResult::Outside || !entity.AllowSingleClickSelectInside())
         return result;
     const Vec2d& corner = m_polygon.front();
-    return entity.InteriorTest({{corner.x, corner.y, 0}, {0, 0, -1}}) == ZvOccupancy::Inside ? ZvClipResult::Crosses
-                                                                                          : result;
+    return entity.InteriorTest({{corner.x, corner.y, 0}, {0, 0, -1}}) == ZvOccupancy::Inside
+               ? ZvClipResult::Crosses
+               : result;
 }
 
 ZvClipResult ZvSelectClipper::TestParts(const ZvEntity& entity) const {
@@ -83,7 +84,8 @@ ZvClipResult ZvSelectClipper::TestParts(const ZvEntity& entity) const {
 }
 
 ZvClipResult ZvSelectClipper::TestBox(const ZvBounds2D& box) const {
-    const Vec2d corners[] = {{box.minX, box.minY}, {box.maxX, box.minY}, {box.maxX, box.maxY}, {box.minX, box.maxY}};
+    const Vec2d corners[] = {
+        {box.minX, box.minY}, {box.maxX, box.minY}, {box.maxX, box.maxY}, {box.minX, box.maxY}};
     int inside = 0;
     bool crosses = false;
     for (int i = 0; i < 4; ++i) {
@@ -92,5 +94,6 @@ ZvClipResult ZvSelectClipper::TestBox(const ZvBounds2D& box) const {
     }
     if (inside == 4 && !crosses)
         return ZvClipResult::Inside;
-    return inside || crosses || box.IsInsideMe(m_polygon.front()) ? ZvClipResult::Crosses : ZvClipResult::Outside;
+    return inside || crosses || box.IsInsideMe(m_polygon.front()) ? ZvClipResult::Crosses
+                                                                  : ZvClipResult::Outside;
 }

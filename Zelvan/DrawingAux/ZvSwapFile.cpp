@@ -29,7 +29,8 @@ bool ZvSwapFile::Open(std::string& why) {
 bool ZvSwapFile::Store(std::span<const uint8_t> bytes, Piece& piece, std::string& why) {
     if (!Open(why))
         return false;
-    if (!m_file->Seek(m_end) || m_file->Write(bytes.data(), bytes.size()) != bytes.size() || !m_file->Flush()) {
+    if (!m_file->Seek(m_end) || m_file->Write(bytes.data(), bytes.size()) != bytes.size() ||
+        !m_file->Flush()) {
         why = m_file->ErrorText();
         m_file->ClearError();
         return false;

@@ -17,7 +17,8 @@ class ZvVerb;
 /// when the outer operation ends.
 class ZV_API ZvVerbStack {
 public:
-    static constexpr int64_t kDefaultBudget = 157'286'400; ///< bytes; the drawing's setting "UndoMem" replaces it
+    static constexpr int64_t kDefaultBudget =
+        157'286'400; ///< bytes; the drawing's setting "UndoMem" replaces it
     static constexpr size_t kMaxVerbs = 10'000;
 
     explicit ZvVerbStack(ZvDrawing& drawing);

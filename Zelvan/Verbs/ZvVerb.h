@@ -17,7 +17,17 @@ struct ZvScaleSetup;
 /// The virtual operations stand in a fixed order (plug-ins depend on it): add new ones at the end only.
 class ZV_API ZvVerb {
 public:
-    enum class Kind : int { Other = 0, Aggregate, New, Erase, Modify, MoveToLayer, Transform, Selection, DrawOrder };
+    enum class Kind : int {
+        Other = 0,
+        Aggregate,
+        New,
+        Erase,
+        Modify,
+        MoveToLayer,
+        Transform,
+        Selection,
+        DrawOrder
+    };
 
     explicit ZvVerb(ZvDrawing* drawing = nullptr) : m_drawing(drawing), m_entities(drawing) {}
     ZvVerb(const ZvVerb&) = delete;
