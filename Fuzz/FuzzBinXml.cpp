@@ -3,7 +3,8 @@
 
 #include <cstdlib>
 
-// What can be read can be written, and what was written reads the same. (Compared as bytes: a NaN differs from itself.)
+// What can be read can be written, and what was written reads the same. (Compared as bytes: a NaN differs
+// from itself.)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto input = ZvCore::MemFile::OverView(data, size);
     ZvCore::BinXmlDocument document;

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-// Two bytes of expected size, then a compressed stream. What zlib reads, the fast library reads alike; it takes a little
-// more than zlib does (reserved length codes).
+// Two bytes of expected size, then a compressed stream. What zlib reads, the fast library reads alike; it
+// takes a little more than zlib does (reserved length codes).
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint16_t expected = 0;
     if (size < sizeof expected)

@@ -32,7 +32,8 @@ public:
     void Set(std::string_view name, Value value);
     void Remove(std::string_view name);
     const Value* Find(std::string_view name) const;
-    /// Value of that name when it exists and has the asked type (an int64 also answers as double), else the fallback.
+    /// Value of that name when it exists and has the asked type (an int64 also answers as double), else the
+    /// fallback.
     bool GetBool(std::string_view name, bool fallback) const;
     int64_t GetInt(std::string_view name, int64_t fallback) const;
     double GetDouble(std::string_view name, double fallback) const;
@@ -53,13 +54,14 @@ public:
     std::vector<BinXmlNode>& Children() { return m_children; }
     friend bool operator==(const BinXmlNode&, const BinXmlNode&) = default;
 
-    /// Encoding, little-endian: a node is its name, u32 count of attributes, the attributes, u32 count of children, the
-    /// children. A name is u16 count of bytes, UTF-8. An attribute is its name, u8 type and the value: 1 bool as u8,
-    /// 2 int64, 3 double, 4 u32 count and UTF-16 code units, 5 u32 count and bytes. Nodes nest at most 64 deep.
-    /// False after an I/O error, and for a node that cannot be expressed (names too long, nesting too deep).
+    /// Encoding, little-endian: a node is its name, u32 count of attributes, the attributes, u32 count of
+    /// children, the children. A name is u16 count of bytes, UTF-8. An attribute is its name, u8 type and the
+    /// value: 1 bool as u8, 2 int64, 3 double, 4 u32 count and UTF-16 code units, 5 u32 count and bytes.
+    /// Nodes nest at most 64 deep. False after an I/O error, and for a node that cannot be expressed (names
+    /// too long, nesting too deep).
     bool Write(IFile& file) const;
-    /// False with `why` set on malformed input, this node untouched; no more is allocated than the remaining bytes can
-    /// fill.
+    /// False with `why` set on malformed input, this node untouched; no more is allocated than the remaining
+    /// bytes can fill.
     bool Read(IFile& file, std::string& why);
 
 private:

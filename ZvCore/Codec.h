@@ -7,8 +7,8 @@
 
 namespace ZvCore {
 
-/// zlib streams (RFC 1950) of whole buffers. Uses libdeflate where the build has it; the streams are interchangeable.
-/// Thread-safe.
+/// zlib streams (RFC 1950) of whole buffers. Uses libdeflate where the build has it; the streams are
+/// interchangeable. Thread-safe.
 class ZV_API Codec {
 public:
     /// Most bytes that one stored byte of deflate can inflate to.
@@ -17,8 +17,8 @@ public:
     /// level is clamped to 1..9. False with `why` set on failure (out of memory).
     static bool Deflate(int level, const uint8_t* source, size_t count, std::vector<uint8_t>& target,
                         std::string& why);
-    /// Inflates exactly `expected` bytes into `target` (which has that many) from exactly `count` bytes; more or fewer
-    /// of either is a failure. Never writes past `expected`.
+    /// Inflates exactly `expected` bytes into `target` (which has that many) from exactly `count` bytes; more
+    /// or fewer of either is a failure. Never writes past `expected`.
     static bool Inflate(const uint8_t* source, size_t count, uint8_t* target, size_t expected,
                         std::string& why);
 };

@@ -47,8 +47,9 @@ DateTime DateTime::FromUnixSeconds(double seconds) {
 
 double DateTime::ToUnixSeconds() const {
     const uint64_t wholeSeconds = ticks / kTicksPerSecond;
-    const auto sinceUnix = double(int64_t(wholeSeconds) - kUnixEpochTicks / int64_t(kTicksPerSecond));
-    return sinceUnix + double(ticks % kTicksPerSecond) / double(kTicksPerSecond);
+    constexpr int64_t unixEpochSeconds = kUnixEpochTicks / int64_t(kTicksPerSecond);
+    return double(int64_t(wholeSeconds) - unixEpochSeconds) +
+           double(ticks % kTicksPerSecond) / double(kTicksPerSecond);
 }
 
 XStringW DateTime::ToString() const {

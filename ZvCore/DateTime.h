@@ -9,7 +9,8 @@ struct ZV_API DateTime {
     uint64_t ticks = 0;
 
     static constexpr uint64_t kTicksPerSecond = 10'000'000;
-    /// Gregorian. Fields beyond their range carry over (month 13 is the next January); before 1601 it is the zero date.
+    /// Gregorian. Fields beyond their range carry over (month 13 is the next January); before 1601 it is the
+    /// zero date.
     static DateTime FromUtc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
     static DateTime FromUnixSeconds(double seconds);
     double ToUnixSeconds() const;

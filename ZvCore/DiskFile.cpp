@@ -13,8 +13,9 @@ constexpr size_t kWindow = size_t(256) << 10;
 
 } // namespace
 
-/// One window of the file is held in memory: bytes waiting to be written (`dirty`), or bytes read ahead. Invariants:
-/// a dirty window overlaps nothing newer on disk; `length` counts what waits; a mapped file has no window.
+/// One window of the file is held in memory: bytes waiting to be written (`dirty`), or bytes read ahead.
+/// Invariants: a dirty window overlaps nothing newer on disk; `length` counts what waits; a mapped file has
+/// no window.
 struct DiskFile::Impl {
     std::filesystem::path path;
     std::unique_ptr<ZvPlatform::NativeFile> file;

@@ -5,9 +5,9 @@
 
 namespace ZvCore {
 
-/// A file on disk, 64-bit offsets, its own write buffer. Opening for reading maps the file when the system can, so
-/// that `View` answers without a copy; a mapped file that shrinks under the reader is caught at open and by the
-/// length checks of its reader, not afterwards.
+/// A file on disk, 64-bit offsets, its own write buffer. Opening for reading maps the file when the system
+/// can, so that `View` answers without a copy; a mapped file that shrinks under the reader is caught at open
+/// and by the length checks of its reader, not afterwards.
 class ZV_API DiskFile : public IFile {
 public:
     enum class Mode {

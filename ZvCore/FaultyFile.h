@@ -3,8 +3,9 @@
 
 namespace ZvCore {
 
-/// Passes everything to another file and fails the Nth call that moves bytes or the position (1 = the first), and
-/// every one after it. It never shows bytes in memory, so that every reader comes through `Read`. For tests of damage and of full disks.
+/// Passes everything to another file and fails the Nth call that moves bytes or the position (1 = the first),
+/// and every one after it. It never shows bytes in memory, so that every reader comes through `Read`. For
+/// tests of damage and of full disks.
 class ZV_API FaultyFile : public IFile {
 public:
     /// `failAt` 0: never fails, only counts.

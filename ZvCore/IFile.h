@@ -6,11 +6,11 @@
 
 namespace ZvCore {
 
-/// Byte stream with a position: the one way in which persistence touches bytes. After any I/O failure `Error()`
-/// stays true and `ErrorText()` says what failed first, until `ClearError`; meanwhile reads and seeks are still
-/// tried, and writes are refused once one of them failed. Reading past the end is a failure that gives what there
-/// is. A writable stream can be positioned past its end (writing there fills the gap with zeros), a read-only one
-/// cannot.
+/// Byte stream with a position: the one way in which persistence touches bytes. After any I/O failure
+/// `Error()` stays true and `ErrorText()` says what failed first, until `ClearError`; meanwhile reads and
+/// seeks are still tried, and writes are refused once one of them failed. Reading past the end is a failure
+/// that gives what there is. A writable stream can be positioned past its end (writing there fills the gap
+/// with zeros), a read-only one cannot.
 class ZV_API IFile {
 public:
     virtual ~IFile() = default;
@@ -24,8 +24,9 @@ public:
     virtual uint64_t Length() const = 0;
     virtual bool Seek(uint64_t position) = 0;
     virtual bool SeekRelative(int64_t distance) = 0;
-    /// The bytes [position, position + count) where they already lie in memory, without moving the position; null
-    /// when the stream cannot show them (not in memory, or past the end). Valid until the next write or the end of the stream.
+    /// The bytes [position, position + count) where they already lie in memory, without moving the position;
+    /// null when the stream cannot show them (not in memory, or past the end). Valid until the next write or
+    /// the end of the stream.
     virtual const uint8_t* View(uint64_t position, size_t count) const;
     /// Forgets the failure (after a caller has dealt with it).
     virtual void ClearError() = 0;
@@ -40,8 +41,9 @@ public:
     bool WriteValue(const T& value) {
         return Write(&value, sizeof(T)) == sizeof(T);
     }
-    /// Reads the `stored` bytes of a record into a buffer of `wanted` bytes: zero-fills a short record, skips the
-    /// excess of a long one. False when the stream holds less than `stored`; the buffer is zero-filled then, too.
+    /// Reads the `stored` bytes of a record into a buffer of `wanted` bytes: zero-fills a short record, skips
+    /// the excess of a long one. False when the stream holds less than `stored`; the buffer is zero-filled
+    /// then, too.
     bool ReadPad(void* buffer, size_t wanted, uint64_t stored);
     /// Reads `length` bytes in calls of at most `chunk` bytes each.
     bool ReadChunked(void* buffer, uint64_t length, size_t chunk);

@@ -18,7 +18,8 @@ public:
         __attribute__((format(printf, 2, 3)))
 #endif
         ;
-    /// Replaces the sink and returns the former one, which no thread runs any more. An empty sink turns the log off.
+    /// Replaces the sink and returns the former one, which no thread runs any more. An empty sink turns the
+    /// log off.
     static Sink SetSink(Sink sink);
     static bool IsOn();
 };

@@ -72,7 +72,8 @@ void DigestOne(Lane& target, size_t count, std::index_sequence<I...>) {
     target = lane;
 }
 
-/// Every step waits for the one before it in the same buffer, so two buffers side by side take hardly longer than one.
+/// Every step waits for the one before it in the same buffer, so two buffers side by side take hardly longer
+/// than one.
 template <size_t... I>
 void DigestTwo(Lane& targetA, Lane& targetB, size_t count, std::index_sequence<I...>) {
     Lane a = targetA, b = targetB;

@@ -17,8 +17,8 @@ public:
     /// The object must not be updated afterwards.
     Digest Finish();
     static Digest Of(const void* bytes, size_t count);
-    /// Digests of two buffers in one pass that keeps both dependency chains busy: one thread is 1.7 times as fast as
-    /// with one after the other when the lengths are alike.
+    /// Digests of two buffers in one pass that keeps both dependency chains busy: one thread is 1.7 times as
+    /// fast as with one after the other when the lengths are alike.
     static void OfPair(const void* a, size_t countA, const void* b, size_t countB, Digest& digestA,
                        Digest& digestB);
     static std::string ToHex(const Digest& digest);

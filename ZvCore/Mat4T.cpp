@@ -14,8 +14,8 @@ double Mat4Math::Determinant(const double (&m)[4][4]) {
 }
 
 bool Mat4Math::Inverse(const double (&m)[4][4], double (&out)[4][4]) {
-    // Gauss-Jordan elimination with partial pivoting. `size` keeps the largest number that entered each element: an
-    // element below its rounding error is a zero, however the rows and columns are scaled.
+    // Gauss-Jordan elimination with partial pivoting. `size` keeps the largest number that entered each
+    // element: an element below its rounding error is a zero, however the rows and columns are scaled.
     double a[4][8] = {}, size[4][4];
     for (int i = 0; i < 4; ++i) {
         for (int j = 0; j < 4; ++j)

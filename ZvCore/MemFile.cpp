@@ -73,12 +73,12 @@ bool MemFile::Grow(uint64_t wanted) {
         uint64_t capacity = std::max({wanted, m_capacity * 2, kFirstCapacity});
         if (m_budget > 0)
             capacity = std::min(capacity, m_budget);
-        void* fresh = capacity <= SIZE_MAX / 2
-                          ? std::realloc(m_adopted.empty() ? m_data : nullptr, size_t(capacity))
-                          : nullptr;
+        const bool isAdopted = !m_adopted.empty();
+        void* fresh =
+            capacity <= SIZE_MAX / 2 ? std::realloc(isAdopted ? nullptr : m_data, size_t(capacity)) : nullptr;
         if (!fresh)
             return RefuseWrites("out of memory (" + std::to_string(wanted) + " bytes wanted)");
-        if (!m_adopted.empty()) {
+        if (isAdopted) {
             std::memcpy(fresh, m_data, size_t(m_length));
             m_adopted = {};
         }

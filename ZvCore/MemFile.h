@@ -6,8 +6,9 @@
 
 namespace ZvCore {
 
-/// A growing stream in memory, or a read-only view of bytes that somebody else keeps. Records are written and read
-/// piece by piece, so the small cases of Write, Read and Seek are inline; call them through MemFile& where it matters.
+/// A growing stream in memory, or a read-only view of bytes that somebody else keeps. Records are written and
+/// read piece by piece, so the small cases of Write, Read and Seek are inline; call them through MemFile&
+/// where it matters.
 class ZV_API MemFile final : public IFile {
 public:
     MemFile() = default;
@@ -59,8 +60,9 @@ public:
     const uint8_t* Data() const { return m_data; }
     /// False when there is no memory for that, or the budget is less.
     bool Reserve(size_t bytes);
-    /// Makes the stream `count` bytes long, position 0, for the caller to fill through the pointer; the bytes are
-    /// not set. Null (a failure of the stream) when there is no memory or no budget for them. Not for a view.
+    /// Makes the stream `count` bytes long, position 0, for the caller to fill through the pointer; the bytes
+    /// are not set. Null (a failure of the stream) when there is no memory or no budget for them. Not for a
+    /// view.
     uint8_t* Expand(size_t count);
     /// Gives the bytes away; the file is empty afterwards. Not for a view.
     std::vector<uint8_t> Take();

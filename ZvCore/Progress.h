@@ -9,8 +9,8 @@ namespace ZvCore {
 class ZV_API IProgress {
 public:
     virtual ~IProgress() = default;
-    /// `done` of `total` units (bytes, records); total 0 means unknown. False asks the work to stop: it then ends
-    /// with Status::Cancelled and leaves things as before it began.
+    /// `done` of `total` units (bytes, records); total 0 means unknown. False asks the work to stop: it then
+    /// ends with Status::Cancelled and leaves things as before it began.
     virtual bool Step(std::string_view what, uint64_t done, uint64_t total) = 0;
 };
 

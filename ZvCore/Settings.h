@@ -7,8 +7,8 @@
 
 namespace ZvCore {
 
-/// Settings store: upper camel case keys ("WheelZoomFactor") to typed values. Passed in to whoever needs it; the
-/// program's store can be kept in a file, a drawing's store travels in its settings document.
+/// Settings store: upper camel case keys ("WheelZoomFactor") to typed values. Passed in to whoever needs it;
+/// the program's store can be kept in a file, a drawing's store travels in its settings document.
 class ZV_API Settings {
 public:
     bool GetBool(std::string_view key, bool fallback) const;
@@ -20,7 +20,8 @@ public:
     bool Has(std::string_view key) const;
     /// Sets an attribute of the node for every key, in key order.
     void Store(BinXmlNode& node) const;
-    /// Takes all attributes of the node in place of what was there; keys that nobody asks for are kept and stored again.
+    /// Takes all attributes of the node in place of what was there; keys that nobody asks for are kept and
+    /// stored again.
     void Load(const BinXmlNode& node);
     friend bool operator==(const Settings&, const Settings&) = default;
 

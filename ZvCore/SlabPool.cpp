@@ -16,8 +16,8 @@ void* SlabPool::Alloc(size_t bytes) {
     return ::operator new(bytes);
 }
 
-void SlabPool::Free(void* object, size_t bytes) noexcept {
-    ::operator delete(object, bytes);
+void SlabPool::Free(void* object, size_t) noexcept {
+    ::operator delete(object);
 }
 
 SlabPool::Usage SlabPool::GetUsage() {
@@ -34,8 +34,8 @@ struct FreeObject {
     FreeObject* next;
 };
 
-/// Lies at the start of its memory, which is aligned to its own size: an object's slab is found by masking its address.
-/// A slab is in its class's list while it has room.
+/// Lies at the start of its memory, which is aligned to its own size: an object's slab is found by masking
+/// its address. A slab is in its class's list while it has room.
 struct alignas(64) Slab {
     Slab* previous = nullptr;
     Slab* next = nullptr;
@@ -109,7 +109,7 @@ private:
             return;
         }
         --m_slabs;
-        ::operator delete(slab, SlabPool::kSlab, std::align_val_t(SlabPool::kSlab));
+        ::operator delete(slab, std::align_val_t(SlabPool::kSlab));
     }
 
     void List(Slab* slab) {
@@ -150,7 +150,7 @@ void SlabPool::Free(void* object, size_t bytes) noexcept {
     if (!object)
         return;
     if (bytes > kLargest)
-        return ::operator delete(object, bytes);
+        return ::operator delete(object);
     g_classes[bytes == 0 ? 0 : (bytes - 1) / kGranule].Free(object);
 }
 

@@ -2,10 +2,10 @@
 #include "ZvCore/Api.h"
 #include <cstddef>
 
-/// Allocator for many small objects of few sizes: 16-byte size classes up to 512 bytes, slabs of 256 KiB, no header
-/// per object. Classes use it through their own operator new and sized operator delete. A slab goes back to the
-/// system when its last object is freed (one empty slab a class is kept). Larger objects come from the general heap,
-/// and so does everything in builds with the address sanitizer. Window thread only.
+/// Allocator for many small objects of few sizes: 16-byte size classes up to 512 bytes, slabs of 256 KiB, no
+/// header per object. Classes use it through their own operator new and sized operator delete. A slab goes
+/// back to the system when its last object is freed (one empty slab a class is kept). Larger objects come
+/// from the general heap, and so does everything in builds with the address sanitizer. Window thread only.
 class ZV_API SlabPool {
 public:
     /// Aligned to 16 bytes. Throws std::bad_alloc as operator new does.

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-/// Bump allocator for the long-lived sub-objects of one owner. Memory goes back all at once; objects made with `New`
-/// are destroyed by whoever owns them, through `HeapPtr`.
+/// Bump allocator for the long-lived sub-objects of one owner. Memory goes back all at once; objects made
+/// with `New` are destroyed by whoever owns them, through `HeapPtr`.
 class ZV_API TrivialHeap {
 public:
     explicit TrivialHeap(size_t firstBlock = 8192) : m_nextBlock(firstBlock) {}

@@ -4,8 +4,9 @@ namespace ZvCore {
 
 namespace {
 
-/// How a multi-byte sequence goes on behind its lead byte (table 3-7 of the standard): count of trailing bytes and the
-/// range of the first of them, which excludes overlong forms, surrogates and what lies above U+10FFFF.
+/// How a multi-byte sequence goes on behind its lead byte (table 3-7 of the standard): count of trailing
+/// bytes and the range of the first of them, which excludes overlong forms, surrogates and what lies above
+/// U+10FFFF.
 struct Lead {
     int trailing;
     unsigned char low;

@@ -5,8 +5,8 @@
 
 namespace ZvCore {
 
-/// Conversions between the encoding forms of the Unicode Standard (chapter 3.9). What is malformed becomes U+FFFD, one
-/// for each maximal ill-formed part.
+/// Conversions between the encoding forms of the Unicode Standard (chapter 3.9). What is malformed becomes
+/// U+FFFD, one for each maximal ill-formed part.
 class Unicode {
 public:
     static constexpr char32_t kReplacement = 0xFFFD;

@@ -16,8 +16,8 @@ public:
 
     /// Malformed sequences become U+FFFD, one per maximal ill-formed part.
     static XStringW FromUtf8(std::string_view utf8);
-    /// printf-style formatting of a narrow format; the result is read as UTF-8. %s takes UTF-8 text; "%I64d", "%I64X"
-    /// are accepted as 64-bit forms on every platform; the decimal sign is a point in every locale.
+    /// printf-style formatting of a narrow format; the result is read as UTF-8. %s takes UTF-8 text; "%I64d",
+    /// "%I64X" are accepted as 64-bit forms on every platform; the decimal sign is a point in every locale.
     static XStringW Format(const char* format, ...)
 #if defined(__GNUC__) && !defined(_WIN32)
         __attribute__((format(printf, 1, 2)))

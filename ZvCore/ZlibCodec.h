@@ -7,7 +7,8 @@
 
 namespace ZvCore {
 
-/// Codec's operations through zlib alone: what builds without libdeflate use, and the reference for those with it.
+/// Codec's operations through zlib alone: what builds without libdeflate use, and the reference for those
+/// with it.
 class ZV_API ZlibCodec {
 public:
     static bool Deflate(int level, const uint8_t* source, size_t count, std::vector<uint8_t>& target,

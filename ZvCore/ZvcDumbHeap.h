@@ -5,10 +5,9 @@
 #include <memory>
 #include <vector>
 
-/// Arena from which loaded entities take their variable-size blocks. Allocation bumps a pointer in blocks of 1 MiB
-/// (a request above a quarter of that gets memory of its own when it does not fit); nothing is freed singly, everything
-/// with the heap.
-/// Results are aligned to 4 bytes: users read doubles through memcpy.
+/// Arena from which loaded entities take their variable-size blocks. Allocation bumps a pointer in blocks of
+/// 1 MiB (a request above a quarter of that gets memory of its own when it does not fit); nothing is freed
+/// singly, everything with the heap. Results are aligned to 4 bytes: users read doubles through memcpy.
 class ZV_API ZvcDumbHeap {
 public:
     ZvcDumbHeap() = default;

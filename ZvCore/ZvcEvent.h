@@ -5,7 +5,8 @@
 
 class ZvcIEventSender;
 
-/// A numbered event. The meaning of `code`, `value` and `subject` is stated where the sender declares its codes.
+/// A numbered event. The meaning of `code`, `value` and `subject` is stated where the sender declares its
+/// codes.
 struct ZvcEvent {
     int code = 0;
     int64_t value = 0;
@@ -27,9 +28,9 @@ private:
     std::vector<ZvcIEventSender*> m_senders; // kept so that a dying listener unsubscribes itself
 };
 
-/// Posts events to its listeners in the order in which they subscribed. Listeners may subscribe and unsubscribe
-/// (themselves or others), die, post further events and destroy the sender while an event is being posted; one added
-/// during a post first hears the next event. Window thread only.
+/// Posts events to its listeners in the order in which they subscribed. Listeners may subscribe and
+/// unsubscribe (themselves or others), die, post further events and destroy the sender while an event is
+/// being posted; one added during a post first hears the next event. Window thread only.
 class ZV_API ZvcIEventSender {
 public:
     ZvcIEventSender() = default;

@@ -7,9 +7,9 @@
 #include <new>
 #include <utility>
 
-/// Growable array of values with 32-bit counts: capacity doubles, minimum 2. 16 bytes of its own, which is why
-/// tree nodes use it instead of std::vector (24). Indices are not checked. More than 2^32 - 1 items are refused with
-/// std::bad_alloc.
+/// Growable array of values with 32-bit counts: capacity doubles, minimum 2. 16 bytes of its own, which is
+/// why tree nodes use it instead of std::vector (24). Indices are not checked. More than 2^32 - 1 items are
+/// refused with std::bad_alloc.
 template <class T>
 class dvect {
 public:

@@ -2,6 +2,7 @@
 #include "ZvCore/TrivialHeap.h"
 #include "ZvCore/ZvcDumbHeap.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
@@ -35,6 +36,7 @@ TEST(ZvcDumbHeap, BlocksAreApartAlignedAndCounted) {
 TEST(TrivialHeap, ObjectsLiveInItsBlocksAndAreDestroyedByTheirOwners) {
     const auto token = std::make_shared<int>(1);
     struct Service {
+        Service(std::shared_ptr<int> t, long double a) : token(std::move(t)), aligned(a) {}
         std::shared_ptr<int> token;
         long double aligned;
     };

@@ -66,8 +66,8 @@ TEST(XStringW, FormatsAsPrintfDoes) {
     EXPECT_EQ(
         XStringA::Format("%5.2f|%-8s|%08X|%+d|%c|%.3s|%g", 3.14159, "ab", 0xBEEFu, 5, 'x', "abcdef", 1e-7),
         XStringA(" 3.14|ab      |0000BEEF|+5|x|abc|1e-07"));
-    EXPECT_EQ(XStringA::Format("%lld %llu %zu %hhd %ld", (long long)-i64, (unsigned long long)i64, size_t(9),
-                               300, 8L),
+    EXPECT_EQ(XStringA::Format("%lld %llu %zu %hd %ld", (long long)-i64, (unsigned long long)i64, size_t(9),
+                               short(44), 8L),
               XStringA("-1099511627776 1099511627776 9 44 8"));
     EXPECT_EQ(XStringA::Format("%.*f", 400, 1.0).Length(), 402u);
     // Through pointers: compilers know these forms only on one of the platforms.

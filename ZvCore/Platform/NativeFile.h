@@ -30,8 +30,8 @@ public:
     size_t WriteAt(uint64_t offset, const void* bytes, size_t count, std::string& why);
     /// Waits until everything written is on the medium.
     bool Sync(std::string& why);
-    /// The first `length` bytes (not 0) in memory, read-only, for as long as this object lives; read from front to back
-    /// they come fastest. Null when the system cannot. One mapping an object.
+    /// The first `length` bytes (not 0) in memory, read-only, for as long as this object lives; read from
+    /// front to back they come fastest. Null when the system cannot. One mapping an object.
     const uint8_t* Map(uint64_t length);
 
 private:

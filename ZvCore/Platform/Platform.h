@@ -10,7 +10,8 @@
 /// The one door to the operating system. Posix/ and Win32/ hold the two answers.
 namespace ZvPlatform {
 
-/// Narrow text in the thread's ANSI code page (UTF-8 on POSIX), and back. Characters that it lacks become '?'.
+/// Narrow text in the thread's ANSI code page (UTF-8 on POSIX), and back. Characters that it lacks become
+/// '?'.
 ZV_API std::u16string AnsiToWide(std::string_view text);
 ZV_API std::string WideToAnsi(std::u16string_view text);
 
@@ -30,14 +31,17 @@ ZV_API bool IsProcessAlive(uint64_t id);
 ZV_API uint64_t ResidentBytes();
 ZV_API uint64_t PeakResidentBytes();
 
-/// File operations that survive a power cut as far as the system allows. All return an empty string on success, else
-/// the system's reason in words.
+// File operations that survive a power cut as far as the system allows. All return an empty string on success,
+// else the system's reason in words.
+
 /// Puts `from` in the place of `to` in one step: whoever opens `to` finds the old or the new file, never none.
 ZV_API std::string RenameReplace(const std::filesystem::path& from, const std::filesystem::path& to);
-/// Gives the file a second name, or a copy where the file system has no links. A file at `to` is replaced in one step.
+/// Gives the file a second name, or a copy where the file system has no links. A file at `to` is replaced in
+/// one step.
 ZV_API std::string HardLinkOrCopy(const std::filesystem::path& from, const std::filesystem::path& to);
 ZV_API std::string DeleteFileIfThere(const std::filesystem::path& path);
-/// Waits until renames in the folder are on the medium (nothing to do on Windows, where they are written through).
+/// Waits until renames in the folder are on the medium (nothing to do on Windows, where they are written
+/// through).
 ZV_API std::string SyncFolder(const std::filesystem::path& folder);
 ZV_API bool IsFolderWritable(const std::filesystem::path& folder);
 
@@ -45,8 +49,8 @@ ZV_API bool IsFolderWritable(const std::filesystem::path& folder);
 ZV_API std::filesystem::path PathFromUtf8(std::string_view text);
 ZV_API std::string PathToUtf8(const std::filesystem::path& path);
 
-/// The arguments of the program as UTF-8, the program's name first. On Windows `argv` is in the ANSI code page and
-/// cannot hold every name, so the system is asked again.
+/// The arguments of the program as UTF-8, the program's name first. On Windows `argv` is in the ANSI code
+/// page and cannot hold every name, so the system is asked again.
 ZV_API std::vector<std::string> CommandLine(int argc, char** argv);
 
 /// True after the user asked to stop (Ctrl-C); InstallInterruptHandler must have been called once.

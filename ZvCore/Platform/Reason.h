@@ -1,6 +1,7 @@
 #pragma once
 
-/// Words for what commonly goes wrong with files; the same on every system. They complete "cannot open 'x': ...".
+/// Words for what commonly goes wrong with files; the same on every system. They complete "cannot open 'x':
+/// ...".
 namespace ZvPlatform::Reason {
 
 inline constexpr const char* kNoSuchFile = "no such file";
