@@ -5,6 +5,8 @@
 #include <span>
 #include <vector>
 
+struct ZvEdgePoint;
+
 /// The one linear entity: line, open or closed polyline, polygon, polygon with holes, several separate rings. It holds parts (runs
 /// of vertices; rings where closed or where the entity is a polygon) over one vertex array, with Z and M per vertex where wanted.
 /// Segments are straight. A closed part does not repeat its first vertex.
@@ -38,6 +40,8 @@ public:
     static constexpr int kDepthShift = 25;
     static constexpr uint32_t kClosedBit = 0x80000000u;
     static constexpr uint32_t kEntryMask = kStartMask | kDepthMask | kClosedBit;
+    /// In an entry: the table cannot be stored (a start beyond kMaxStart, starts that descend). Never in an inserted entity.
+    static constexpr uint32_t kBadPartTable = 1u << 24;
     /// From this many vertices up the block carries its bounds.
     static constexpr uint32_t kBoundsCacheFrom = 16;
     /// Largest first vertex of a part.
@@ -60,7 +64,9 @@ public:
     // Input that is not finite is kept as doubles whatever is forced, so that the insertion check can refuse it. All return false
     // (and leave an empty entity) when memory runs out; `notify` calls RecalcBounds.
 
-    /// `vertices`: 2 + inputHasZ + inputHasM doubles each. `partTable`: numParts entries as in the block, starts ascending.
+    /// `vertices`: 2 + inputHasZ + inputHasM doubles each. `partTable`: numParts entries as in the block (see MakePartEntry), starts
+    /// ascending. A table that cannot be stored (a part begins beyond kMaxStart, starts descend or pass numVerts) gives one part of
+    /// all vertices that OkForInsertion refuses.
     bool Set(uint32_t numParts, const uint32_t* partTable, uint32_t numVerts, bool isPolygon, bool hasZ,
              bool hasM, bool inputHasZ, bool inputHasM, const double* vertices, int force64 = 0,
              ZvDrawing* drawing = nullptr, bool notify = true);
@@ -128,14 +134,16 @@ public:
     bool HasDepths() const;
     /// Computes the depths when they are not known. Rings alone nest; an open part of a line has depth 0.
     void EnsureDepths() const;
-    /// The first part at or after `part` that is an outer ring (even depth), with the rings directly inside it when `holes` is
-    /// given; NumParts() when there is none. Depths are computed when `part` is 0.
-    uint32_t GetOuterParts(uint32_t part, std::vector<uint32_t>* holes = nullptr) const;
+    /// The first part at or after `part` that is an outer ring (even depth); NumParts() when there is none. Depths are computed when
+    /// `part` is 0.
+    uint32_t GetOuterParts(uint32_t part) const;
     /// For each part the part that directly encloses it, -1 for none. One pass for all; MLVGetPartParent asks for one.
     void GetPartParents(std::vector<int32_t>& parents) const;
     /// First start 0, every other at least 2 and below numVerts. The order of the starts is not part of this test.
     bool VerifyPartSanity() const;
     static bool VerifyPartSanity(uint32_t numParts, const uint32_t* partTable, uint32_t numVerts);
+    /// An entry without depth for Set. A start that does not fit marks the table as one that cannot be stored.
+    static uint32_t MakePartEntry(uint32_t start, bool closed);
     /// The part table in the block (4-byte aligned).
     uint32_t* MParts() { return reinterpret_cast<uint32_t*>(m_data + TriangleBytes()); }
     const uint32_t* MParts() const { return reinterpret_cast<const uint32_t*>(m_data + TriangleBytes()); }
@@ -222,7 +230,8 @@ public:
     bool RepackParts();
 
     // --- triangles -------------------------------------------------------------------------------------------------------
-    /// Makes a polygon ready for surfaces that fill triangles only: marks a convex ring, marks separate rings, else triangulates.
+    /// Finds out how a polygon can be filled by triangles: a convex ring is marked (bit 4), several rings of which none meets or
+    /// encloses another are marked (bit 6) and can be cut singly, anything else is triangulated.
     void TriangulateIfNecessary() const;
     /// Builds the triangle section; false when the polygon has no area to cover or memory runs out.
     bool Triangulate() const;
@@ -275,7 +284,8 @@ public:
     bool IsLineVectorEntity(int* minVertices, int* maxVertices, bool* closed) const override;
     void LineVectorGetVertices(dvect<Vec4d>& vertices) const override;
     int LineVectorGetVertexCount() const override { return int(m_numVerts); }
-    /// One part, as closed as the first part was; Z and M are gained where a vertex has them.
+    /// As many vertices as there are keep all parts; another number (2 at least) needs an entity of one part, which stays as closed
+    /// as it is. Z and M are gained when a vertex has them. So it is with the other setters here.
     bool LineVectorSetVertices(const dvect<Vec4d>& vertices) override;
     bool IsMLVEntity() const override { return true; }
     int MLVGetPartCount() const override { return int(m_numParts); }
@@ -333,6 +343,26 @@ protected:
 private:
     struct Source;
     struct Extent;
+    bool Pack(uint32_t numParts, const uint32_t* partTable, const Source& source, bool isPolygon, bool hasZ, bool hasM,
+              int force64, ZvDrawing* drawing, bool notify);
+    bool Decide64(const Extent& extent, int force64, ZvDrawing* drawing) const;
+    void ComputeMicroBounds(const Extent& extent);
+    void WriteVertices(const Source& source, const int* axes, int dims);
+    void WriteBoundsCache(const Extent& extent, const int* axes, int dims);
+    bool ReplaceVertices(const Source& source, bool hasZ, bool hasM, ZvDrawing* drawing);
+    bool CopyBlock(const ZvXLine& other);
+    void ClearDepths();
+    bool ReplaceKeepingParts(const dvect<Vec4d>& vertices);
+    bool ReplacePart(uint32_t part, uint32_t removed, const dvect<Vec4d>* vertices, bool closed);
+    double DistanceAlong(const Ray3d& ray) const;
+    bool FindClosest(const Vec3d& point, const Vec3d* reference, ZvClosest& closest) const;
+    std::unique_ptr<ZvXLine> Extract(std::span<const uint32_t> parts, bool isPolygon, bool close) const;
+    std::unique_ptr<ZvXLine> ExtractSegment(uint32_t from, uint32_t to) const;
+    ZvEntityList ExplodePolygon() const;
+    bool PartsAreSeparate() const;
+    bool StoreTriangles(const std::vector<uint32_t>& triangles, const std::vector<ZvEdgePoint>& newPoints) const;
+    void WriteAuxVertices(uint8_t* at, const std::vector<ZvEdgePoint>& newPoints) const;
+    uint32_t FirstNotFinite() const;
 
     uint32_t Word(size_t offset) const {
         uint32_t word;
