@@ -261,8 +261,9 @@ uint32_t ZvXLine::MakePartEntry(uint32_t start, bool closed) {
 
 uint32_t ZvXLine::PartOfVertex(uint32_t vertex) const {
     const uint32_t* parts = MParts();
-    const uint32_t* after = std::upper_bound(
-        parts, parts + m_numParts, vertex, [](uint32_t v, uint32_t entry) { return v < (entry & kStartMask); });
+    const uint32_t* after =
+        std::upper_bound(parts, parts + m_numParts, vertex,
+                         [](uint32_t v, uint32_t entry) { return v < (entry & kStartMask); });
     return after == parts ? 0 : uint32_t(after - parts) - 1;
 }
 
@@ -351,8 +352,8 @@ bool ZvXLine::IsGeometryEqual_Internal(const ZvEntity& entity, const ZvGeometryC
     if (!entity.IsXLine())
         return false;
     const auto& other = static_cast<const ZvXLine&>(entity);
-    if (m_numParts != other.m_numParts || m_numVerts != other.m_numVerts || IsPolygon() != other.IsPolygon() ||
-        HasZ() != other.HasZ() || HasM() != other.HasM())
+    if (m_numParts != other.m_numParts || m_numVerts != other.m_numVerts ||
+        IsPolygon() != other.IsPolygon() || HasZ() != other.HasZ() || HasM() != other.HasM())
         return false;
     for (uint32_t i = 0; i < m_numParts; ++i)
         if ((PartEntry(i) ^ other.PartEntry(i)) & ~kDepthMask)
@@ -397,7 +398,8 @@ bool ZvXLine::OkForInsertion(XStringW* reason) const {
         return refuse(u"The first part of a linear object must begin at its first vertex");
     const uint32_t bad = FirstNotFinite();
     if (bad < m_numVerts)
-        return refuse(XStringW::Format("Linear object vertex %u has a coordinate that is not a finite number", bad));
+        return refuse(
+            XStringW::Format("Linear object vertex %u has a coordinate that is not a finite number", bad));
     return true;
 }
 

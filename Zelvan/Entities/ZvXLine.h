@@ -320,7 +320,7 @@ public:
     ZvClipResult ClipTest(const ZvBounds2D& window) const override;
     bool IsGeometryEqual_Internal(const ZvEntity& other, const ZvGeometryCompare& parameters) const override;
 
-    // --- readers of records of older kinds, each turning the record into this entity; layouts in ZvXLineOld.cpp --------------
+    // --- readers of records of older kinds, each turning the record into this entity; layouts in ZvXLineNative.cpp -----------
     bool NativeInXLine(ZvNativeDesc& desc);
     bool NativeInLine(ZvNativeDesc& desc);
     bool NativeInPolyline(ZvNativeDesc& desc);
@@ -330,11 +330,11 @@ public:
     bool NativeInHatch(ZvNativeDesc& desc);
     using OldReader = bool (ZvXLine::*)(ZvNativeDesc&);
     struct OldKind {
-        uint16_t entityCode;
+        uint16_t entityCode; ///< of the built-in client
+        const char* typeName;
         OldReader read;
-        const char* name;
+        std::unique_ptr<ZvEntity> (*make)(); ///< an entity whose NativeIn reads this kind
     };
-    /// The older kinds by their entity codes of the built-in client.
     static std::span<const OldKind> OldKinds();
 
 protected:
@@ -343,8 +343,8 @@ protected:
 private:
     struct Source;
     struct Extent;
-    bool Pack(uint32_t numParts, const uint32_t* partTable, const Source& source, bool isPolygon, bool hasZ, bool hasM,
-              int force64, ZvDrawing* drawing, bool notify);
+    bool Pack(uint32_t numParts, const uint32_t* partTable, const Source& source, bool isPolygon, bool hasZ,
+              bool hasM, int force64, ZvDrawing* drawing, bool notify);
     bool Decide64(const Extent& extent, int force64, ZvDrawing* drawing) const;
     void ComputeMicroBounds(const Extent& extent);
     void WriteVertices(const Source& source, const int* axes, int dims);
@@ -360,9 +360,16 @@ private:
     std::unique_ptr<ZvXLine> ExtractSegment(uint32_t from, uint32_t to) const;
     ZvEntityList ExplodePolygon() const;
     bool PartsAreSeparate() const;
-    bool StoreTriangles(const std::vector<uint32_t>& triangles, const std::vector<ZvEdgePoint>& newPoints) const;
+    bool StoreTriangles(const std::vector<uint32_t>& triangles,
+                        const std::vector<ZvEdgePoint>& newPoints) const;
     void WriteAuxVertices(uint8_t* at, const std::vector<ZvEdgePoint>& newPoints) const;
     uint32_t FirstNotFinite() const;
+    struct OldForm;
+    bool NativeInOld(ZvNativeDesc& desc, const OldForm& form);
+    static bool ReadNativeHeader(ZvNativeDesc& desc, uint8_t* header, size_t wanted);
+    bool IsBlockSound() const;
+    template <int8_t Kind>
+    static std::unique_ptr<ZvEntity> MakeOld();
 
     uint32_t Word(size_t offset) const {
         uint32_t word;

@@ -35,7 +35,8 @@ void ZvXLine::GetSnapsEdge(const Vec3d& nearPoint, double radius, ZvSnaps& snaps
     ZvBounds2D reach = IBounds2D();
     reach.Grow(radius);
     ZvClosest closest;
-    if (reach.IsInsideMe(nearPoint.XY()) && FindClosest(nearPoint, nullptr, closest) && closest.distance <= radius)
+    if (reach.IsInsideMe(nearPoint.XY()) && FindClosest(nearPoint, nullptr, closest) &&
+        closest.distance <= radius)
         snaps.push_back({ZvSnapKind::Edge, closest.point});
 }
 
@@ -97,8 +98,8 @@ void ZvXLine::GetIntersectionPoints(const ZvEntity& other, std::vector<Vec3d>& p
     const auto& line = static_cast<const ZvXLine&>(other);
     ZvBounds2D common = IBounds2D();
     const ZvBounds2D its = line.IBounds2D();
-    common = {std::max(common.minX, its.minX), std::max(common.minY, its.minY), std::min(common.maxX, its.maxX),
-              std::min(common.maxY, its.maxY)};
+    common = {std::max(common.minX, its.minX), std::max(common.minY, its.minY),
+              std::min(common.maxX, its.maxX), std::min(common.maxY, its.maxY)};
     if (common.IsNull())
         return;
     // A sweep from left to right over both, each new segment against the live ones of the other line.

@@ -20,8 +20,8 @@ bool ZvXLine::ReplaceKeepingParts(const dvect<Vec4d>& vertices) {
     if (vertices.size() != m_numVerts || m_numVerts == 0)
         return false;
     ClearDepths();
-    return Set(m_numParts, MParts(), vertices, IsPolygon(), HasZ() || AnyZ(vertices), HasM() || AnyM(vertices),
-               Is64() ? 1 : 0);
+    return Set(m_numParts, MParts(), vertices, IsPolygon(), HasZ() || AnyZ(vertices),
+               HasM() || AnyM(vertices), Is64() ? 1 : 0);
 }
 
 bool ZvXLine::LineVectorSetVertices(const dvect<Vec4d>& vertices) {
@@ -118,8 +118,8 @@ bool ZvXLine::MLVSetParts(const std::vector<dvect<Vec4d>>& parts, const std::vec
         for (const Vec4d& v : parts[i])
             all.push_back(v);
     }
-    return Set(uint32_t(table.size()), table.data(), all, IsPolygon(), HasZ() || AnyZ(all), HasM() || AnyM(all),
-               Is64() ? 1 : 0);
+    return Set(uint32_t(table.size()), table.data(), all, IsPolygon(), HasZ() || AnyZ(all),
+               HasM() || AnyM(all), Is64() ? 1 : 0);
 }
 
 // --- compacting ----------------------------------------------------------------------------------------------------------

@@ -194,8 +194,8 @@ void ZvXLine::WriteVertices(const Source& source, const int* axes, int dims) {
     }
 }
 
-bool ZvXLine::Pack(uint32_t numParts, const uint32_t* partTable, const Source& source, bool isPolygon, bool hasZ,
-                   bool hasM, int force64, ZvDrawing* drawing, bool notify) {
+bool ZvXLine::Pack(uint32_t numParts, const uint32_t* partTable, const Source& source, bool isPolygon,
+                   bool hasZ, bool hasM, int force64, ZvDrawing* drawing, bool notify) {
     if (source.numVerts == 0)
         numParts = 0;
     const uint32_t onePart = kBadPartTable | (isPolygon ? kClosedBit : 0);
@@ -240,8 +240,8 @@ bool ZvXLine::Set(uint32_t numParts, const uint32_t* partTable, uint32_t numVert
     return Pack(numParts, partTable, source, isPolygon, hasZ, hasM, force64, drawing, notify);
 }
 
-bool ZvXLine::Set(uint32_t numParts, const uint32_t* partTable, std::span<const Vec4d> vertices, bool isPolygon,
-                  bool hasZ, bool hasM, int force64, ZvDrawing* drawing, bool notify) {
+bool ZvXLine::Set(uint32_t numParts, const uint32_t* partTable, std::span<const Vec4d> vertices,
+                  bool isPolygon, bool hasZ, bool hasM, int force64, ZvDrawing* drawing, bool notify) {
     const Source source{Doubles(vertices.data()), uint32_t(vertices.size()), 4, hasZ ? 2 : -1, hasM ? 3 : -1};
     return Pack(numParts, partTable, source, isPolygon, hasZ, hasM, force64, drawing, notify);
 }
@@ -314,9 +314,11 @@ bool ZvXLine::ReplaceVertices(const Source& source, bool hasZ, bool hasM, ZvDraw
 }
 
 bool ZvXLine::SetAllVertices(const dvect<Vec4d>& vertices, ZvDrawing* drawing) {
-    return ReplaceVertices({Doubles(vertices.data()), uint32_t(vertices.size()), 4, 2, 3}, true, true, drawing);
+    return ReplaceVertices({Doubles(vertices.data()), uint32_t(vertices.size()), 4, 2, 3}, true, true,
+                           drawing);
 }
 
 bool ZvXLine::SetAllVertices(const dvect<Vec3d>& vertices, ZvDrawing* drawing) {
-    return ReplaceVertices({Doubles(vertices.data()), uint32_t(vertices.size()), 3, 2, -1}, true, false, drawing);
+    return ReplaceVertices({Doubles(vertices.data()), uint32_t(vertices.size()), 3, 2, -1}, true, false,
+                           drawing);
 }

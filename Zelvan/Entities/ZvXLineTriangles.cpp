@@ -111,7 +111,8 @@ bool ZvXLine::Triangulate() const {
     return !result.triangles.empty() && StoreTriangles(result.triangles, result.newPoints);
 }
 
-bool ZvXLine::StoreTriangles(const std::vector<uint32_t>& triangles, const std::vector<ZvEdgePoint>& newPoints) const {
+bool ZvXLine::StoreTriangles(const std::vector<uint32_t>& triangles,
+                             const std::vector<ZvEdgePoint>& newPoints) const {
     const uint32_t numTri = uint32_t(triangles.size() / 3), numAux = uint32_t(newPoints.size());
     const size_t pure = BytesOfPureData(), section = size_t(numTri) * 12 + 8;
     const size_t size = BytesOfData(Is64(), m_numParts, m_numVerts, HasZ(), HasM(), numTri, numAux);

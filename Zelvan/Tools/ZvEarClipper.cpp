@@ -61,8 +61,8 @@ bool ZvEarClipper::Clip(const Ring& outer, std::span<const Ring> holes, std::vec
     bool ok = ClipEars(start, triangles);
     uint64_t covered = 0;
     for (size_t i = before; i < triangles.size(); i += 3)
-        covered += uint64_t(
-            ZvGridPoint::Turn(m_points[triangles[i]], m_points[triangles[i + 1]], m_points[triangles[i + 2]]));
+        covered += uint64_t(ZvGridPoint::Turn(m_points[triangles[i]], m_points[triangles[i + 1]],
+                                              m_points[triangles[i + 2]]));
     ok = ok && covered == wanted;
     if (!ok)
         triangles.resize(before);
@@ -73,7 +73,8 @@ bool ZvEarClipper::Clip(const Ring& outer, std::span<const Ring> holes, std::vec
 uint32_t ZvEarClipper::AddRing(const Ring& ring, bool counterClockwise) {
     if (ring.count < 3)
         return kNone;
-    const bool asGiven = (int64_t(TwiceArea(m_points.subspan(ring.start, ring.count))) > 0) == counterClockwise;
+    const bool asGiven =
+        (int64_t(TwiceArea(m_points.subspan(ring.start, ring.count))) > 0) == counterClockwise;
     const uint32_t base = uint32_t(m_nodes.size());
     for (uint32_t i = 0; i < ring.count; ++i) {
         Node node;
@@ -215,7 +216,8 @@ void ZvEarClipper::LinkByZ(uint32_t start) {
         m_nodes[i].z = ZOrder(m_nodes[i].p);
         order.push_back(i);
     });
-    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) { return m_nodes[a].z < m_nodes[b].z; });
+    std::sort(order.begin(), order.end(),
+              [&](uint32_t a, uint32_t b) { return m_nodes[a].z < m_nodes[b].z; });
     for (size_t i = 0; i < order.size(); ++i) {
         m_nodes[order[i]].prevZ = i ? order[i - 1] : kNone;
         m_nodes[order[i]].nextZ = i + 1 < order.size() ? order[i + 1] : kNone;
@@ -236,7 +238,8 @@ void ZvEarClipper::Remove(uint32_t node) {
 
 /// Whether the ring comes into the open triangle at p.
 bool ZvEarClipper::Blocks(const Node& n, ZvGridPoint a, ZvGridPoint b, ZvGridPoint c) const {
-    const int64_t ab = ZvGridPoint::Turn(a, b, n.p), bc = ZvGridPoint::Turn(b, c, n.p), ca = ZvGridPoint::Turn(c, a, n.p);
+    const int64_t ab = ZvGridPoint::Turn(a, b, n.p), bc = ZvGridPoint::Turn(b, c, n.p),
+                  ca = ZvGridPoint::Turn(c, a, n.p);
     if (ab < 0 || bc < 0 || ca < 0)
         return false;
     // On a side or corner: only edges that lead inwards from there count.
@@ -256,8 +259,8 @@ bool ZvEarClipper::IsEar(uint32_t node) const {
     const ZvGridPoint hi{std::max({a.x, b.x, c.x}), std::max({a.y, b.y, c.y})};
     const auto blocked = [&](uint32_t i) {
         const Node& p = m_nodes[i];
-        return p.p.x >= lo.x && p.p.x <= hi.x && p.p.y >= lo.y && p.p.y <= hi.y && i != n.prev && i != n.next &&
-               Blocks(p, a, b, c);
+        return p.p.x >= lo.x && p.p.x <= hi.x && p.p.y >= lo.y && p.p.y <= hi.y && i != n.prev &&
+               i != n.next && Blocks(p, a, b, c);
     };
     if (!m_hashed) {
         for (uint32_t i = m_nodes[n.next].next; i != n.prev; i = m_nodes[i].next)
@@ -268,7 +271,8 @@ bool ZvEarClipper::IsEar(uint32_t node) const {
     const uint32_t zLo = ZOrder(lo), zHi = ZOrder(hi);
     uint32_t down = n.prevZ, up = n.nextZ;
     while (true) {
-        const bool hasDown = down != kNone && m_nodes[down].z >= zLo, hasUp = up != kNone && m_nodes[up].z <= zHi;
+        const bool hasDown = down != kNone && m_nodes[down].z >= zLo,
+                   hasUp = up != kNone && m_nodes[up].z <= zHi;
         if (!hasDown && !hasUp)
             return true;
         if ((hasDown && blocked(down)) || (hasUp && blocked(up)))

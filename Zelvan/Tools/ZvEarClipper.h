@@ -40,7 +40,9 @@ private:
     bool Blocks(const Node& p, ZvGridPoint a, ZvGridPoint b, ZvGridPoint c) const;
     void LinkByZ(uint32_t start);
     void Remove(uint32_t node);
-    int64_t TurnAt(const Node& n) const { return ZvGridPoint::Turn(m_nodes[n.prev].p, n.p, m_nodes[n.next].p); }
+    int64_t TurnAt(const Node& n) const {
+        return ZvGridPoint::Turn(m_nodes[n.prev].p, n.p, m_nodes[n.next].p);
+    }
     template <class F>
     void EachNode(uint32_t start, F f) const {
         uint32_t i = start;

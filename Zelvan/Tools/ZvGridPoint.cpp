@@ -104,8 +104,8 @@ bool Cross(ZvGridPoint a, ZvGridPoint b, ZvGridPoint c, ZvGridPoint d) {
 
 } // namespace
 
-std::vector<ZvGridCrossing> FindGridCrossings(std::span<const ZvGridPoint> points, std::span<const ZvGridEdge> edges,
-                                              size_t limit) {
+std::vector<ZvGridCrossing> FindGridCrossings(std::span<const ZvGridPoint> points,
+                                              std::span<const ZvGridEdge> edges, size_t limit) {
     std::vector<ZvGridCrossing> found;
     const EdgeCells cells(points, edges);
     cells.EachCell([&](std::span<const uint32_t> in) {
@@ -119,7 +119,8 @@ std::vector<ZvGridCrossing> FindGridCrossings(std::span<const ZvGridPoint> point
     // Edges may share several cells.
     const auto key = [](const ZvGridCrossing& c) { return uint64_t(c.first) << 32 | c.second; };
     std::sort(found.begin(), found.end(), [&](const auto& a, const auto& b) { return key(a) < key(b); });
-    found.erase(std::unique(found.begin(), found.end(), [&](const auto& a, const auto& b) { return key(a) == key(b); }),
+    found.erase(std::unique(found.begin(), found.end(),
+                            [&](const auto& a, const auto& b) { return key(a) == key(b); }),
                 found.end());
     if (found.size() > limit)
         found.resize(limit);

@@ -28,5 +28,5 @@ struct ZvGridCrossing {
     uint32_t first = 0, second = 0;
 };
 /// All crossings of the edges; at most `limit` are answered.
-std::vector<ZvGridCrossing> FindGridCrossings(std::span<const ZvGridPoint> points, std::span<const ZvGridEdge> edges,
-                                              size_t limit = SIZE_MAX);
+std::vector<ZvGridCrossing> FindGridCrossings(std::span<const ZvGridPoint> points,
+                                              std::span<const ZvGridEdge> edges, size_t limit = SIZE_MAX);

@@ -134,7 +134,8 @@ private:
         std::nth_element(m_order.begin() + first, m_order.begin() + mid, m_order.begin() + last,
                          [&](uint32_t a, uint32_t b) {
                              const ZvBounds2D &p = m_boxes[a], &q = m_boxes[b];
-                             return byX ? p.minX + p.maxX < q.minX + q.maxX : p.minY + p.maxY < q.minY + q.maxY;
+                             return byX ? p.minX + p.maxX < q.minX + q.maxX
+                                        : p.minY + p.maxY < q.minY + q.maxY;
                          });
         Build(first, mid);
         m_nodes[at].first = uint32_t(m_nodes.size());

@@ -1,7 +1,7 @@
 #pragma once
+#include "Zelvan/ZvBounds.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/Vec.h"
-#include "Zelvan/ZvBounds.h"
 
 /// Geometry of straight segments in the plane. Units are the caller's.
 struct ZV_API ZvSegment2D {

@@ -29,7 +29,8 @@ private:
     double XAt(uint32_t edge, double y) const;
     std::vector<double> Heights(std::span<const ZvGridCrossing> crossings) const;
     uint32_t Corner(uint32_t edge, double y, std::vector<ZvEdgePoint>& newPoints) const;
-    void Close(uint32_t left, double to, std::vector<uint32_t>& triangles, std::vector<ZvEdgePoint>& newPoints) const;
+    void Close(uint32_t left, double to, std::vector<uint32_t>& triangles,
+               std::vector<ZvEdgePoint>& newPoints) const;
 
     std::span<const ZvGridPoint> m_points;
     std::vector<ZvGridEdge> m_edges; ///< upwards; horizontal ones left out
