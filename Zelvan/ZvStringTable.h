@@ -8,6 +8,13 @@
 //   60000 titles of bars and dialogs
 // clang-format off
 ZV_STRING(10002, InvalidGeometry, "The geometry holds a value that is not a number")
+ZV_STRING(10010, LinearNoPart, "Linear object must have at least 1 part")
+ZV_STRING(10011, LinearShortPart, "Linear object parts must have at least 2 vertices")
+ZV_STRING(10012, PolygonShortPart, "Linear Polygon object parts must have at least 3 vertices")
+ZV_STRING(10013, LinearPartTable,
+          "Linear object parts must follow one another and begin at vertex 16777215 or before; make several objects of it")
+ZV_STRING(10014, LinearFirstPart, "The first part of a linear object must begin at its first vertex")
+ZV_STRING(10015, LinearNotFinite, "Linear object vertex %u has a coordinate that is not a finite number")
 ZV_STRING(10050, EmptyCompound, "A compound must hold at least one object")
 
 ZV_STRING(40000, LineTypeDashed, "Dashed")
@@ -58,6 +65,23 @@ ZV_STRING(42033, HueCrimson, "Crimson")
 ZV_STRING(42034, ColorHue, "%s %d")
 ZV_STRING(42035, ColorHuePale, "%s %d Pale")
 ZV_STRING(42036, ColorGrey, "Grey %d")
+
+ZV_STRING(43050, PropertyClosed, "Closed")
+ZV_STRING(43051, PropertyPolygon, "Polygon")
+ZV_STRING(43052, PropertyPartCount, "Parts")
+ZV_STRING(43053, PropertyVertexCount, "Vertices")
+ZV_STRING(43054, PropertyLength, "Length")
+ZV_STRING(43055, PropertyArea, "Area")
+ZV_STRING(43056, PropertyHasZ, "Heights")
+ZV_STRING(43057, PropertyHasM, "Measures")
+ZV_STRING(43058, PropertyStorage, "Storage")
+ZV_STRING(43059, StorageForm, "%d-bit vertices, %u bytes")
+ZV_STRING(43060, PolygonIsClosed, "The parts of a polygon are always closed")
+ZV_STRING(43100, KindLine, "Line")
+ZV_STRING(43101, KindPolyline, "Polyline")
+ZV_STRING(43102, KindMultipartLine, "Multipart Line")
+ZV_STRING(43103, KindPolygon, "Polygon")
+ZV_STRING(43104, KindMultipartPolygon, "Multipart Polygon")
 
 ZV_STRING(45000, DefaultUcs, "World")
 ZV_STRING(45010, UnitKilometers, "kilometers")

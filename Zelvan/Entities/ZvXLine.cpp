@@ -1,5 +1,6 @@
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 #include "ZvCore/ZvcDumbHeap.h"
 #include <algorithm>
@@ -272,6 +273,8 @@ void ZvXLine::SetPClosed(uint32_t part, bool closed) {
         return;
     uint32_t& entry = MParts()[part];
     entry = closed ? entry | kClosedBit : entry & ~kClosedBit;
+    if (!IsPolygon())
+        ClearDepths();
     Touch();
 }
 
@@ -281,6 +284,12 @@ void ZvXLine::CloseAllParts() {
 }
 
 void ZvXLine::SetIsPolygon(bool polygon, bool closeAll) {
+    if (polygon != IsPolygon()) {
+        // Open parts are rings in a polygon only: what was known of the rings is void.
+        DropTriangles();
+        ClearDepths();
+        m_xflags &= uint8_t(~(kConvex | kSeparateParts));
+    }
     m_xflags = uint8_t(polygon ? m_xflags | kPolygon : m_xflags & ~kPolygon);
     if (polygon && closeAll)
         CloseAllParts();
@@ -290,10 +299,10 @@ void ZvXLine::SetIsPolygon(bool polygon, bool closeAll) {
 
 XStringW ZvXLine::VerbalName() const {
     if (IsPolygon())
-        return m_numParts >= 2 ? u"Multipart Polygon" : u"Polygon";
+        return ZvStrings::GetW(m_numParts >= 2 ? ZvStr::KindMultipartPolygon : ZvStr::KindPolygon);
     if (m_numVerts == 2)
-        return u"Line";
-    return m_numParts >= 2 ? u"Multipart Line" : u"Polyline";
+        return ZvStrings::GetW(ZvStr::KindLine);
+    return ZvStrings::GetW(m_numParts >= 2 ? ZvStr::KindMultipartLine : ZvStr::KindPolyline);
 }
 
 bool ZvXLine::IsLineVectorEntity(int* minVertices, int* maxVertices, bool* closed) const {
@@ -345,7 +354,10 @@ std::unique_ptr<ZvEntity> ZvXLine::CloneAs(uint32_t fullCode) const {
 }
 
 bool ZvXLine::IsAppearanceEqual(const ZvEntity& other) const {
-    return other.IsXLine() && ZvFilledEntity::IsAppearanceEqual(other);
+    // Where neither is filled the brushes do not show.
+    if (other.IsXLine() && !IsPolygon() && !static_cast<const ZvXLine&>(other).IsPolygon())
+        return ZvLineEntity::IsAppearanceEqual(other);
+    return ZvFilledEntity::IsAppearanceEqual(other);
 }
 
 bool ZvXLine::IsGeometryEqual_Internal(const ZvEntity& entity, const ZvGeometryCompare& parameters) const {
@@ -379,28 +391,23 @@ void ZvXLine::Finalize() {
 }
 
 bool ZvXLine::OkForInsertion(XStringW* reason) const {
-    const auto refuse = [reason](XStringW text) {
+    const auto refuse = [reason](int text, uint32_t value = 0) {
         if (reason)
-            *reason = std::move(text);
+            *reason = XStringW::Format(ZvStrings::Get(text), value);
         return false;
     };
     if (m_numParts == 0)
-        return refuse(u"Linear object must have at least 1 part");
+        return refuse(ZvStr::LinearNoPart);
     if (PartEntry(0) & kBadPartTable)
-        return refuse(u"Linear object parts must follow one another and begin at vertex 16777215 or before; "
-                      u"make several objects of it");
+        return refuse(ZvStr::LinearPartTable);
     const uint32_t least = IsPolygon() ? 3 : 2;
     for (uint32_t i = 0; i < m_numParts; ++i)
         if (PLen(i) < least)
-            return refuse(IsPolygon() ? u"Linear Polygon object parts must have at least 3 vertices"
-                                      : u"Linear object parts must have at least 2 vertices");
+            return refuse(IsPolygon() ? ZvStr::PolygonShortPart : ZvStr::LinearShortPart);
     if (!VerifyPartSanity())
-        return refuse(u"The first part of a linear object must begin at its first vertex");
+        return refuse(ZvStr::LinearFirstPart);
     const uint32_t bad = FirstNotFinite();
-    if (bad < m_numVerts)
-        return refuse(
-            XStringW::Format("Linear object vertex %u has a coordinate that is not a finite number", bad));
-    return true;
+    return bad == m_numVerts || refuse(ZvStr::LinearNotFinite, bad);
 }
 
 uint32_t ZvXLine::FirstNotFinite() const {

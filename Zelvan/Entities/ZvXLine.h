@@ -171,6 +171,15 @@ public:
     };
     /// As ReadXY through the map, in single precision; the map is applied in double precision.
     void ReadXYf(uint32_t first, uint32_t count, const Affine2& map, Vec2f* out) const;
+    struct ViewCut {
+        Affine2 map;                                   ///< world to pixels
+        ZvBounds2D window = ZvBounds2D::SuperBounds(); ///< world; what lies outside is not seen
+        double step = 0;                               ///< pixels
+    };
+    /// Vertices in pixels for drawing as one run or ring: without those within a step of the last one kept, and of runs beyond one
+    /// side of the window with their ends only. The first and the last vertex are kept. `out` has room for `count`; answers how many
+    /// came out.
+    uint32_t ReadForView(uint32_t first, uint32_t count, const ViewCut& cut, Vec2f* out) const;
     /// All vertices; the array is resized. Floats are given relative to `base`.
     void GetAllVertices(dvect<Vec2d>& vertices) const;
     void GetAllVertices(dvect<Vec3d>& vertices) const;
@@ -263,6 +272,13 @@ public:
     void CloneFrom(const ZvEntity& other) override;
     std::unique_ptr<ZvEntity> CloneAs(uint32_t fullCode) const override;
     bool IsAppearanceEqual(const ZvEntity& other) const override;
+    /// All kinds of surfaces draw by this.
+    void DrawGeneric(ZvRenderContext& context) const;
+    void DrawGDI(ZvRenderContext& context) const override;
+    void DrawRast(ZvRenderContext& context) const override;
+    void DrawRast(ZvRenderContext& context, const ZvEntity* const* batch, size_t count) const override;
+    void DrawHeatmap(ZvRenderContext& context) const override;
+    void DrawPdf(ZvRenderContext& context) const override;
     void GetProperties(ZvPropertyGatherer& gatherer, bool all) const override;
     void SetProperties(ZvPropertySetter& setter) override;
     /// Polygons with several outer rings: one polygon each with its holes. A polygon otherwise: its rings as closed polylines.
@@ -364,6 +380,10 @@ private:
                         const std::vector<ZvEdgePoint>& newPoints) const;
     void WriteAuxVertices(uint8_t* at, const std::vector<ZvEdgePoint>& newPoints) const;
     uint32_t FirstNotFinite() const;
+    void DrawFilled(ZvRenderContext& context, Vec2f* points, bool outline) const;
+    uint32_t ReadPixels(const ZvRenderContext& context, uint32_t part, Vec2f* points) const;
+    bool AllPartsClosed() const;
+    bool CanBePolygon() const;
     struct OldForm;
     bool NativeInOld(ZvNativeDesc& desc, const OldForm& form);
     static bool ReadNativeHeader(ZvNativeDesc& desc, uint8_t* header, size_t wanted);

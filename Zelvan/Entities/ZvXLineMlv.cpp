@@ -47,7 +47,7 @@ bool ZvXLine::MLVGetPart(int part, dvect<Vec4d>& vertices, bool* closed) const {
     vertices.resize(PLen(uint32_t(part)));
     ReadXYZM(PStart(uint32_t(part)), PLen(uint32_t(part)), vertices.data());
     if (closed)
-        *closed = PClosed(uint32_t(part));
+        *closed = PIsRing(uint32_t(part));
     return true;
 }
 
