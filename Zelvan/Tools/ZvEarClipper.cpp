@@ -288,7 +288,6 @@ bool ZvEarClipper::ClipEars(uint32_t start, std::vector<uint32_t>& triangles) {
     m_hashed = left >= kHashFrom;
     if (m_hashed)
         LinkByZ(start);
-    triangles.reserve(triangles.size() + size_t(left) * 3);
     uint32_t node = start, sinceLast = 0;
     while (left >= 3 && sinceLast <= left) {
         const Node n = m_nodes[node];

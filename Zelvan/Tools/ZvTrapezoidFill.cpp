@@ -61,6 +61,17 @@ void ZvTrapezoidFill::Close(uint32_t left, double to, std::vector<uint32_t>& tri
         triangles.insert(triangles.end(), {a, c, d});
 }
 
+/// By x at height y. From slab to slab little changes: each edge is moved to its place from where it was.
+void ZvTrapezoidFill::SortAt(std::vector<Passing>& passing, double y) const {
+    for (size_t i = 0; i < passing.size(); ++i) {
+        const Passing p{XAt(passing[i].edge, y), passing[i].edge};
+        size_t k = i;
+        for (; k > 0 && (passing[k - 1].x > p.x || (passing[k - 1].x == p.x && passing[k - 1].edge > p.edge)); --k)
+            passing[k] = passing[k - 1];
+        passing[k] = p;
+    }
+}
+
 void ZvTrapezoidFill::Fill(std::span<const ZvGridCrossing> crossings, std::vector<uint32_t>& triangles,
                            std::vector<ZvEdgePoint>& newPoints) {
     const std::vector<double> heights = Heights(crossings);
@@ -69,24 +80,20 @@ void ZvTrapezoidFill::Fill(std::span<const ZvGridCrossing> crossings, std::vecto
     std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
         return m_points[m_edges[a].from].y < m_points[m_edges[b].from].y;
     });
-    std::vector<uint32_t> passing, open;
-    std::vector<std::pair<double, uint32_t>> sorted;
+    std::vector<uint32_t> open;
+    std::vector<Passing> passing;
     size_t next = 0;
     for (uint32_t slab = 1; slab <= heights.size(); ++slab) {
         const double y = heights[slab - 1];
-        std::erase_if(passing, [&](uint32_t e) { return m_points[m_edges[e].to].y <= y; });
+        std::erase_if(passing, [&](const Passing& p) { return m_points[m_edges[p.edge].to].y <= y; });
         for (; next < order.size() && m_points[m_edges[order[next]].from].y <= y; ++next)
             if (m_points[m_edges[order[next]].to].y > y)
-                passing.push_back(order[next]);
-        sorted.clear();
-        if (slab < heights.size())
-            for (const uint32_t e : passing)
-                sorted.emplace_back(XAt(e, (y + heights[slab]) / 2), e);
-        std::sort(sorted.begin(), sorted.end());
+                passing.push_back({0, order[next]});
+        SortAt(passing, slab < heights.size() ? (y + heights[slab]) / 2 : y);
         // Pieces between the same edges go on; the others end here.
-        for (size_t i = 0; i + 1 < sorted.size(); i += 2) {
-            Piece& piece = m_pieces[sorted[i].second];
-            if (piece.stamp + 1 == slab && piece.stamp && piece.right == sorted[i + 1].second)
+        for (size_t i = 0; i + 1 < passing.size(); i += 2) {
+            Piece& piece = m_pieces[passing[i].edge];
+            if (piece.stamp + 1 == slab && piece.stamp && piece.right == passing[i + 1].edge)
                 piece.stamp = slab;
         }
         std::erase_if(open, [&](uint32_t left) {
@@ -96,12 +103,12 @@ void ZvTrapezoidFill::Fill(std::span<const ZvGridCrossing> crossings, std::vecto
             m_pieces[left].stamp = 0;
             return true;
         });
-        for (size_t i = 0; i + 1 < sorted.size(); i += 2) {
-            Piece& piece = m_pieces[sorted[i].second];
+        for (size_t i = 0; i + 1 < passing.size(); i += 2) {
+            Piece& piece = m_pieces[passing[i].edge];
             if (piece.stamp == slab)
                 continue;
-            piece = {sorted[i + 1].second, y, slab};
-            open.push_back(sorted[i].second);
+            piece = {passing[i + 1].edge, y, slab};
+            open.push_back(passing[i].edge);
         }
     }
 }

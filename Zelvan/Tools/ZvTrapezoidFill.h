@@ -26,6 +26,11 @@ private:
         double from = 0;
         uint32_t stamp = 0; ///< slab in which the piece was seen last, from 1
     };
+    struct Passing {
+        double x;
+        uint32_t edge;
+    };
+    void SortAt(std::vector<Passing>& passing, double y) const;
     double XAt(uint32_t edge, double y) const;
     std::vector<double> Heights(std::span<const ZvGridCrossing> crossings) const;
     uint32_t Corner(uint32_t edge, double y, std::vector<ZvEdgePoint>& newPoints) const;
