@@ -31,6 +31,25 @@ TEST(Platform, BackupByLinkKeepsTheOldBytesWhenTheOriginalIsReplaced) {
     EXPECT_EQ(folder.Get("plan.bak"), "first");
 }
 
+#ifdef __linux__
+TEST(Platform, BackupOnAnotherDiskIsACopyWithTheSamePermissions) {
+    namespace fs = std::filesystem;
+    const fs::path other = "/dev/shm";
+    ScratchFolder folder;
+    struct Remover {
+        fs::path path;
+        ~Remover() { ZvPlatform::DeleteFileIfThere(path); }
+    } original{other / ("zelvan-" + std::to_string(ZvPlatform::ProcessId()))};
+    if (!fs::is_directory(other) || !(std::ofstream(original.path) << std::string(3'000'000, 'x')))
+        GTEST_SKIP() << "no second file system here";
+    fs::permissions(original.path, fs::perms::owner_read);
+    EXPECT_EQ(ZvPlatform::HardLinkOrCopy(original.path, folder / "backup"), "");
+    EXPECT_EQ(folder.Get("backup"), std::string(3'000'000, 'x'));
+    EXPECT_EQ(fs::status(folder / "backup").permissions(), fs::perms::owner_read);
+    EXPECT_EQ(folder.CountFiles(), 1u);
+}
+#endif
+
 TEST(Platform, DeletingWhatIsNotThereIsNoFailure) {
     ScratchFolder folder;
     folder.Put("f", "");
