@@ -113,7 +113,6 @@ bool ZvNativeFile::Impl::ReadOneClient() {
     const ZvServer::Client* running =
         client->guid.IsNull() ? server.FindClient(client->name) : server.FindClient(client->guid);
     client->runningId = running ? running->code : 0;
-    statedRecords += record.records;
     if (desc->version >= kTypesFirstVersion)
         for (uint32_t i = 0; i < record.types; ++i) {
             uint8_t typeBytes[ZvNativeTypeRecord::kSize];

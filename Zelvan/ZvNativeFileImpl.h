@@ -52,7 +52,6 @@ struct ZvNativeFile::Impl {
     bool touched = false;       ///< reading: the drawing has been changed
     bool solidOpen = false;     ///< reading: the first block is the body of a solid file
     int listDepth = 0;          ///< reading: lists within lists
-    uint64_t statedRecords = 0; ///< reading: entity records by the clients section
     std::map<uint32_t, Damage> damaged; ///< by the running full code
     uint64_t recordsLost = 0;           ///< behind the place where a list ended early
     /// Writing: kinds written, by client id; ids given to clients that the running program does not have.

@@ -48,14 +48,17 @@ bool ZvNativeFile::Impl::Read() {
     }
     if (!CheckValid() || !ReadHeader())
         return false;
-    drawing->SetFileDate(FileDateOf(header));
+    const DateTime date = FileDateOf(header);
     ZvLog::Printf(ZvLog::Level::Info, "file version %d\n", header.version);
     if (!CheckVersion())
         return false;
-    touched = true;
     if (header.version >= kSolidFirstVersion && header.IsSolid() && !ReadSolidHeadBegin())
         return false;
-    return CheckSections() && ReadBody();
+    if (!CheckSections())
+        return false;
+    touched = true;
+    drawing->SetFileDate(date);
+    return ReadBody();
 }
 
 /// Refuses, with a reason for the user.
@@ -111,7 +114,7 @@ bool ZvNativeFile::Impl::CheckVersion() {
     const bool ask =
         options.host && options.askNewerVersion && !(header.flags & ZvNativeHeader::kFlagNoNewerQuestion);
     if (ask)
-        return options.host->AskYesNo(ZvStrings::GetW(ZvStr::LoadNewerQuestion), false,
+        return options.host->AskYesNo(ZvStrings::GetW(ZvStr::LoadNewerQuestion), true,
                                       ZvStrings::GetW(ZvStr::LoadNewerTitle));
     Warn(0, XStringA::Format(ZvStrings::Get(ZvStr::LoadNewerWarning), header.version, kVersion).Str());
     return true;
@@ -170,7 +173,5 @@ bool ZvNativeFile::Impl::ReadTables() {
     if (!desc->Seek(header.tablesOffset))
         return false;
     desc->heap = &drawing->EntityHeap();
-    // Names up to twice this count as plausible; the stated number counts only as far as the file could hold that many records.
-    drawing->NameTable().Reserve(std::min<uint64_t>(statedRecords, caller->Length() / 4));
     return Zv::Ok(drawing->TableTable()->NativeIn(*desc));
 }
