@@ -14,8 +14,6 @@ public:
     bool antialias = true;
     bool lineWidths = true; ///< false: every line is thin
     double lineTypeScale = 1;
-    bool worldCenterManagement = true;
-    double worldCenterTolerance = 100000; ///< pixels
 
     void Reset() { *this = {}; }
 };

@@ -22,8 +22,8 @@ enum class VFCResult : int { Outside = 0, Inside = 1, Partial = 2 };
 /// Maps drawing (world) coordinates to pixels and back for one view of a drawing.
 ///
 /// Every world point first loses the world centre, a point near what is shown, in double precision. What follows may then be single
-/// precision and stays exact at any distance from the drawing's origin. Pixels: x to the right, y down (up when SetYAxisUp), pixel
-/// centres at .5, relative to the frame buffer. Depth: -1 near .. 1 far.
+/// precision and stays exact at any distance from the drawing's origin. Pixels: those of the window rectangle, or of the frame
+/// buffer's corner where one is set; x to the right, y down (up when SetYAxisUp), pixel centres at .5. Depth: -1 near .. 1 far.
 ///
 /// Setters of the camera take effect with the next RebuildView. Converters may be called from several threads between rebuilds.
 class ZV_API ZvViewXForm {
@@ -47,13 +47,13 @@ public:
     /// An orthographic plan view, 1 world unit wide, of the origin, in a window of 1 x 1 pixels. `drawing` may be null.
     explicit ZvViewXForm(ZvDrawing* drawing = nullptr);
     virtual ~ZvViewXForm();
-    ZvViewXForm(const ZvViewXForm& other);
-    ZvViewXForm& operator=(const ZvViewXForm& other);
+    ZvViewXForm(const ZvViewXForm& other) = default;
+    ZvViewXForm& operator=(const ZvViewXForm& other) = default;
     /// Made on the heap; the caller ends it with Delete.
     static ZvViewXForm* New(ZvDrawing* drawing);
     void Delete() { delete this; }
-    /// Everything but the identity of the drawing's owner: camera, window, matrices, centres, pre-transforms.
-    void CopyFrom(const ZvViewXForm& other);
+    /// Drawing, options, camera, window, matrices, world centres, stacks.
+    void CopyFrom(const ZvViewXForm& other) { *this = other; }
 
     // --- setup ---------------------------------------------------------------------------------------------------------------
     void SetDrawing(ZvDrawing* drawing) { m_drawing = drawing; }
@@ -61,13 +61,12 @@ public:
     /// Null: defaults. The options must outlive the transform.
     void SetOptions(const ZvViewOptions* options) { m_options = options; }
     const ZvViewOptions& Options() const;
-    /// The window area in pixels. The frame buffer covers it until SetFrameBufferRect.
+    /// The window area in pixels.
     void SetWindowRect(const Rect2I& window, bool rebuild);
     void SetWindowRect(const ZvBounds2D& window, bool rebuild);
     const ZvBounds2D& WindowRect() const { return m_window; }
     /// Area of the render target, in pixels of the window. Pixels are counted from its corner.
     void SetFrameBufferRect(const Rect2I& area);
-    const Rect2I& FrameBufferRect() const { return m_frameBuffer; }
     /// A further shift of the render target, in pixels.
     void RenC_SetFrameBufferOffset(const Vec2d& offset);
     /// Targets whose pixel y grows upwards.
@@ -77,7 +76,7 @@ public:
     uint32_t ProjectionFlags() const { return m_flags; }
     bool IsOrthographic() const { return m_flags & kOrthographic; }
     /// Orthographic and not tilted: X and Y alone decide where a point lands.
-    bool IsPlan() const;
+    bool IsPlan() const { return m_isPlan; }
     void SetEye(const Vec3d& eye) { m_eye = eye; }
     const Vec3d& Eye() const { return m_eye; }
     void SetTarget(const Vec3d& target) { m_target = target; }
@@ -99,8 +98,8 @@ public:
     /// one world unit.
     void FitPlan(const ZvBounds2D& world, double margin = 0);
 
-    /// Points per world size as on that page (null: 1:`scale` on paper of the drawing's unit). `keep`: rebuilds leave it alone; else
-    /// the next AutoSetupPointsToWorld replaces it.
+    /// Sizes in points and millimetres as on that page, `scale` times as large; null: as on paper at 1:`scale`. `keep`: rebuilds
+    /// leave it so; else the next one goes back to what the options say.
     void SetupPointsToWorld(const ZvPaperPage* page, float scale, bool keep);
     /// From the options: by their paper scale, else constant on the screen.
     void AutoSetupPointsToWorld();
@@ -198,7 +197,7 @@ private:
     using LQ = Vec4f (*)(const ZvViewXForm&, const Vec4d&);
     struct PreTransform {
         Mat4d toWorld;
-        Mat4f toOffset; ///< to world minus centre
+        Mat4d toOffset; ///< to world minus centre
     };
     struct MatrixSet {
         Mat4d projection, modelView;
@@ -210,6 +209,8 @@ private:
 
     void RebuildViewInternal(const ZvBounds2D* crop);
     void SetupViewport(const ZvBounds2D& area);
+    double AspectRatio() const;
+    double WorldUnitsPerMeter() const;
     void AdjustProjection(const ZvBounds2D& crop);
     void BuildProjection(double aspect);
     void BuildModelView();
@@ -219,8 +220,10 @@ private:
     void TrimRecentWorldCenters();
     void ExtractPlanes();
     void RefreshPre();
+    double EyeDistance() const;
     double PixelsPerWorld() const;
-    Vec2d Origin() const;
+    template <class In, class Out>
+    void MapBatch(const In* world, size_t count, Out* out, double z) const;
 
     static Vec4d ToViewPlain(const ZvViewXForm& x, const Vec4d& world);
     static Vec4d ToViewPre(const ZvViewXForm& x, const Vec4d& world);
@@ -233,13 +236,14 @@ private:
     bool m_yUp = false;
     bool m_manageCenter = true;
     bool m_keepPointsToWorld = false;
-    bool m_frameBufferSet = false;
+    bool m_isPlan = true;
+    bool m_isAffine = true; ///< the combined matrix leaves w alone
     Vec3d m_eye{0, 0, 10}, m_target;
     double m_fieldOfView = 45;
     double m_viewWidth = 1;
     double m_tilt = 0, m_rotation = 0;
     ZvBounds2D m_window{0, 0, 1, 1};
-    Rect2I m_frameBuffer{0, 0, 1, 1};
+    Rect2I m_frameBuffer; ///< empty: not set
     Vec2d m_frameBufferOffset;
 
     Mat4d m_projection, m_modelView, m_combined;
@@ -253,7 +257,7 @@ private:
 
     ZvViewport m_viewport;
     float m_halfWidth = 0.5f, m_halfHeight = -0.5f; ///< height signed: negative when y grows downwards
-    float m_originX = 0, m_originY = 0;
+    float m_originX = 0.5f, m_originY = 0.5f;       ///< pixel of the middle
     double m_worldPerPixel = 1, m_pointsToWorld = 1;
     Plane m_planes[6] = {};
     int m_planeCount = 0;
