@@ -149,7 +149,8 @@ public:
     /// for points at or behind the eye, whose pixel means nothing.
     Vec4d ToView(const Vec4d& world) const { return m_toView(*this, world); }
     Vec3d ToView(const Vec3d& world) const { return ToView(Vec4d{world.x, world.y, world.z, 1}).XYZ(); }
-    /// Low quality (single precision after the world centre): within a few hundredths of a pixel in the window.
+    /// Low quality (single precision after the world centre): within a few hundredths of a pixel in the window, for what is not much nearer
+    /// to the eye than the target.
     Vec4f ToViewLQ(const Vec4d& world) const { return m_toViewLQ(*this, world); }
     /// Many points; `out` may not overlap the input.
     void ToViewLQ(const Vec4d* world, size_t count, Vec4f* out) const;

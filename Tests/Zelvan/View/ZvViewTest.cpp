@@ -19,7 +19,7 @@ TEST(ZvView, ZoomingKeepsThePointUnderThePointer) {
     ASSERT_TRUE(view.ZoomMousePt(pixel, 0.25));
     ExpectNear(view.PixelToPlane(pixel), under);
     EXPECT_NEAR(view.XForm().ViewWidth(), width / 4, 1e-9);
-    for (const double bad : {0.0, -1.0, NAN, INFINITY, 1e-40, 1e40})
+    for (const double bad : {0.0, -1.0, double(NAN), double(INFINITY), 1e-40, 1e40})
         EXPECT_FALSE(view.ZoomMousePt(pixel, bad));
     view.PanPixels(pixel, {100, 400});
     ExpectNear(view.PixelToPlane({100, 400}), under);
