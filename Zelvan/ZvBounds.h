@@ -7,8 +7,8 @@
 /// Value that lies beyond every coordinate: minima of the empty box, maxima of the one that holds everything.
 inline constexpr double kZvBoundsLimit = 9e90;
 
-/// Axis-aligned box in the plane; closed (its border belongs to it). Empty ("null"): minima at +9e90, maxima at -9e90. The
-/// width, height and area of an empty box are 0 and its centre is the origin.
+/// Axis-aligned box in the plane; closed (its border belongs to it). Empty ("null"): minima at +9e90, maxima
+/// at -9e90. The width, height and area of an empty box are 0 and its centre is the origin.
 struct ZV_API ZvBounds2D {
     double minX = kZvBoundsLimit, minY = kZvBoundsLimit, maxX = -kZvBoundsLimit, maxY = -kZvBoundsLimit;
 

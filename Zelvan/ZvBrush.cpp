@@ -21,7 +21,8 @@ ZvTexture* TextureOf(const ZvDrawing* drawing, int index) {
     return table ? table->Get(index) : nullptr;
 }
 
-/// The colour text behind a style, after its colon. False for text that is no colour; no text leaves the colour.
+/// The colour text behind a style, after its colon. False for text that is no colour; no text leaves the
+/// colour.
 bool ParseColorPart(ZvTextScan& scan, ZvColor& color) {
     if (scan.AtEnd())
         return true;

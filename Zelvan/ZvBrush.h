@@ -4,7 +4,8 @@
 class ZvDrawing;
 class ZvUsageTable;
 
-/// How areas are filled: a colour and a style. Styles from 0 on are indices into the drawing's texture table. 8 bytes.
+/// How areas are filled: a colour and a style. Styles from 0 on are indices into the drawing's texture table.
+/// 8 bytes.
 class ZV_API ZvBrush {
 public:
     enum Style : int16_t {
@@ -70,26 +71,28 @@ public:
         return a.m_style == b.m_style && a.GetColor() == b.GetColor();
     }
 
-    /// What to fill with. A brush by layer becomes the brush of the entity's layer; false, `out` untouched, when there is no entity
-    /// or layer. By block becomes solid in palette index 7. Of any other brush the colour is resolved.
+    /// What to fill with. A brush by layer becomes the brush of the entity's layer; false, `out` untouched,
+    /// when there is no entity or layer. By block becomes solid in palette index 7. Of any other brush the
+    /// colour is resolved.
     bool Resolve(const ZvEntity* entity, ZvBrush& out) const;
 
     /// "Empty", "ByBlock", "ByLayer", "Null", "CrossHatch", "Solid:<colour>", "Texture:<index>:<colour>".
     XStringW ToString() const;
-    /// Reads what ToString writes, in any case; the colour after a style may be missing and then stays. False, and nothing changed,
-    /// for other text.
+    /// Reads what ToString writes, in any case; the colour after a style may be missing and then stays.
+    /// False, and nothing changed, for other text.
     bool Parse(const XStringW& text);
     /// The default brush (empty) for text that does not parse.
     static ZvBrush FromString(const XStringW& text);
-    /// As ToString, textures by their record's name: Texture:"<name>":<colour>. "Null" without a drawing and for an index that
-    /// names no record.
+    /// As ToString, textures by their record's name: Texture:"<name>":<colour>. "Null" without a drawing and
+    /// for an index that names no record.
     XStringW ToStringPortable(const ZvDrawing* drawing) const;
     /// Null for a texture name that the drawing does not have.
     static ZvBrush FromStringPortable(const XStringW& text, const ZvDrawing* drawing);
 
     /// Both true on success; a failed read leaves the value as it was.
     bool NativeOut(ZvNativeDesc& desc) const;
-    /// `strict`: a texture index that the load's index map does not know becomes the empty style; else it is kept.
+    /// `strict`: a texture index that the load's index map does not know becomes the empty style; else it is
+    /// kept.
     bool NativeIn(ZvNativeDesc& desc, bool strict = false);
 
     /// Counts a use of the texture. An index outside the drawing's texture table is reported as error 14.
@@ -106,8 +109,8 @@ private:
     int16_t m_style = kEmpty;
 };
 
-/// A brush as fixed-layout records of files hold it. From version 1050 on: colour value, colour index, style; before: style,
-/// colour index, colour value. Texture indices are the file's.
+/// A brush as fixed-layout records of files hold it. From version 1050 on: colour value, colour index, style;
+/// before: style, colour index, colour value. Texture indices are the file's.
 struct ZV_API ZvBrush_IO {
     static constexpr size_t kSize = 8;
     static bool Write(ZvCore::IFile& file, int version, const ZvBrush& brush);

@@ -17,8 +17,8 @@ struct ColorBGRA {
     friend constexpr bool operator==(const ColorBGRA&, const ColorBGRA&) = default;
 };
 
-/// A colour: palette index, true colour with or without alpha, or one of the reserved meanings by layer, by block, null (unset).
-/// The number keeps red in bits 0-7, green in 8-15, blue in 16-23, alpha in 24-31.
+/// A colour: palette index, true colour with or without alpha, or one of the reserved meanings by layer, by
+/// block, null (unset). The number keeps red in bits 0-7, green in 8-15, blue in 16-23, alpha in 24-31.
 class ZV_API ZvColor {
 public:
     /// Values of the index field below 0.
@@ -73,8 +73,8 @@ public:
     /// By layer and by block become black with that alpha; anything else keeps its red, green and blue.
     void SetAlpha(uint8_t alpha);
 
-    /// Red, green and blue; bits 24-31 are 0. An index gives its palette entry. By layer, by block and null give the stored bits:
-    /// resolve first.
+    /// Red, green and blue; bits 24-31 are 0. An index gives its palette entry. By layer, by block and null
+    /// give the stored bits: resolve first.
     uint32_t GetRGB() const;
     /// As GetRGB with alpha: 255 for an index and for RGB, the stored one otherwise.
     uint32_t GetRGBA() const;
@@ -101,8 +101,8 @@ public:
     /// Sets the low three bits of red, green and blue.
     constexpr void Reduce() { m_value |= 0x07070707; }
 
-    /// What to draw with. By layer: the colour of the entity's layer; false, `out` untouched, when there is no entity or layer.
-    /// By block: palette index 7. Anything else: itself.
+    /// What to draw with. By layer: the colour of the entity's layer; false, `out` untouched, when there is
+    /// no entity or layer. By block: palette index 7. Anything else: itself.
     bool Resolve(const ZvEntity* entity, ZvColor& out) const;
 
     /// The value counts in RGB and RGBA only.
@@ -110,14 +110,17 @@ public:
         return a.m_index == b.m_index && (a.m_value == b.m_value || !(a.IsRGB() || a.IsRGBA()));
     }
 
-    /// "ByLayer", "ByBlock", "I:7", "RGB:FF", "RGBA:800000FF" (hexadecimal of the number); null is the empty text.
+    /// "ByLayer", "ByBlock", "I:7", "RGB:FF", "RGBA:800000FF" (hexadecimal of the number); null is the empty
+    /// text.
     XStringW ToString() const;
-    /// Reads what ToString writes and the palette's colour names, in any case. False, and nothing changed, for other text.
+    /// Reads what ToString writes and the palette's colour names, in any case. False, and nothing changed,
+    /// for other text.
     bool Parse(const XStringW& text);
     /// Null for text that does not parse.
     static ZvColor FromString(const XStringW& text);
-    /// "RRGGBB" (RGB) or "RRGGBBAA" (RGBA), either case, an optional "#" in front, points and blanks between digits skipped;
-    /// digits beyond are ignored. False, and nothing changed, with fewer than 6 digits or another character.
+    /// "RRGGBB" (RGB) or "RRGGBBAA" (RGBA), either case, an optional "#" in front, points and blanks between
+    /// digits skipped; digits beyond are ignored. False, and nothing changed, with fewer than 6 digits or
+    /// another character.
     bool ParseHex(const XStringW& text);
     /// "%.3g %.3g %.3g %.3g": r, g, b, a in 0..1.
     XStringW ToStringRGBAFloat() const;
@@ -132,7 +135,8 @@ public:
     bool NativeOut(ZvNativeDesc& desc) const;
     bool NativeIn(ZvNativeDesc& desc);
 
-    /// A swatch with its text, inside `area` (pixels). By layer shows the colour of `entity`'s layer where there is one.
+    /// A swatch with its text, inside `area` (pixels). By layer shows the colour of `entity`'s layer where
+    /// there is one.
     void DrawUI(IZvSurface& surface, const Rect2I& area, const ZvEntity* entity = nullptr) const;
 
 private:
@@ -144,7 +148,8 @@ private:
     int16_t m_index = kNull;
 };
 
-/// A colour as fixed-layout records of files hold it. From version 1050 on: value, index; before: index, value.
+/// A colour as fixed-layout records of files hold it. From version 1050 on: value, index; before: index,
+/// value.
 struct ZV_API ZvColor_IO {
     static constexpr size_t kSize = 6;
     static bool Write(ZvCore::IFile& file, int version, const ZvColor& color);

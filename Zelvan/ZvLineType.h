@@ -10,8 +10,8 @@ class ZvEntity;
 class ZvNativeDesc;
 class ZvUsageTable;
 
-/// Dash pattern of a line: an index into the drawing's line type table, or a reserved code. The codes are this class's own: by
-/// layer and by block differ from those of ZvColor. 2 bytes.
+/// Dash pattern of a line: an index into the drawing's line type table, or a reserved code. The codes are
+/// this class's own: by layer and by block differ from those of ZvColor. 2 bytes.
 class ZV_API ZvLineType {
 public:
     enum Code : int16_t { kContinuous = -1, kByLayer = -2, kByBlock = -3, kNull = -10 };
@@ -45,7 +45,8 @@ public:
 
     friend constexpr bool operator==(const ZvLineType&, const ZvLineType&) = default;
 
-    /// What to draw with. By layer: the layer's; false, `out` untouched, without an entity or layer. By block: continuous.
+    /// What to draw with. By layer: the layer's; false, `out` untouched, without an entity or layer. By
+    /// block: continuous.
     bool Resolve(const ZvEntity* entity, ZvLineType& out) const;
 
     /// "ByLayer", "ByBlock", "Continuous", "I:3"; "Null" for null.
@@ -54,7 +55,8 @@ public:
     bool Parse(const XStringW& text);
     /// Continuous for text that does not parse.
     static ZvLineType FromString(const XStringW& text);
-    /// As ToString, records by their name. "Null" without a drawing; an index that names no record is reported and gives "Null".
+    /// As ToString, records by their name. "Null" without a drawing; an index that names no record is
+    /// reported and gives "Null".
     XStringW ToStringPortable(const ZvDrawing* drawing) const;
     /// Null for a name that the drawing does not have.
     static ZvLineType FromStringPortable(const XStringW& text, const ZvDrawing* drawing);

@@ -7,10 +7,11 @@ class IZvSurface;
 class ZvEntity;
 class ZvNativeDesc;
 
-/// Width of a line as one encoded number: thin (one device pixel), world units, device units (pixels, points, millimetres of the
-/// viewport), by layer, by block, null. 4 bytes.
+/// Width of a line as one encoded number: thin (one device pixel), world units, device units (pixels, points,
+/// millimetres of the viewport), by layer, by block, null. 4 bytes.
 ///   0 thin; > 0 world; -1 by layer; -2 by block; -7 null;
-///   [-4, -3) pixels; [-3, -2) viewport millimetres; [-10009, -9] points. Anything else means nothing and draws thin.
+///   [-4, -3) pixels; [-3, -2) viewport millimetres; [-10009, -9] points.
+/// Anything else means nothing and draws thin.
 class ZV_API ZvLineWidth {
 public:
     static constexpr float kByLayer = -1.0f, kByBlock = -2.0f, kNull = -7.0f;
@@ -73,24 +74,27 @@ public:
 
     /// Only world widths change.
     void Scale(double factor);
-    /// Turns pixels (96 to the inch), points (72 to the inch) and viewport millimetres into world units; `factor` is world units
-    /// per metre. Other kinds stay.
+    /// Turns pixels (96 to the inch), points (72 to the inch) and viewport millimetres into world units;
+    /// `factor` is world units per metre. Other kinds stay.
     void BakeWorld(double factor);
-    /// What to draw with. By layer: the layer's; false, `out` untouched, without an entity or layer. By block: thin.
+    /// What to draw with. By layer: the layer's; false, `out` untouched, without an entity or layer. By
+    /// block: thin.
     bool Resolve(const ZvEntity* entity, ZvLineWidth& out) const;
 
     friend constexpr bool operator==(const ZvLineWidth& a, const ZvLineWidth& b) {
         return a.m_value == b.m_value;
     }
 
-    /// "ByBlock", "ByLayer", "World:0" (thin and codes that mean nothing), "World:%f", "Points:%.1f", "ViewMM:%.1f", "Pixels:%.1f".
+    /// "ByBlock", "ByLayer", "World:0" (thin and codes that mean nothing), "World:%f", "Points:%.1f",
+    /// "ViewMM:%.1f", "Pixels:%.1f".
     XStringW ToString() const;
-    /// Reads what ToString writes and "Thin", in any case; only the first 63 characters count. False, and nothing changed, for
-    /// other text.
+    /// Reads what ToString writes and "Thin", in any case; only the first 63 characters count. False, and
+    /// nothing changed, for other text.
     bool Parse(const XStringW& text);
     /// Thin for text that does not parse.
     static ZvLineWidth FromString(const XStringW& text);
-    /// "By Block", "By Layer", "%.1f pt", "%.1f mm", "%.1f pixels", "%.4f" (world units; thin is 0); empty for null.
+    /// "By Block", "By Layer", "%.1f pt", "%.1f mm", "%.1f pixels", "%.4f" (world units; thin is 0); empty
+    /// for null.
     XStringW GetTextDesc() const;
 
     /// Both true on success; a failed read leaves the value as it was.

@@ -12,7 +12,8 @@ constexpr uint32_t kBasicRGB[10] = {0x000000, 0x0000FF, 0x00FFFF, 0x00FF00, 0xFF
 constexpr int kShades[5] = {100, 65, 50, 30, 15};
 constexpr int kFirstHue = 10, kFirstGrey = 250;
 
-/// A channel of the pure hue, 0..60: trapezoid over the circle of 24 steps of 15 degrees, shifted by `offset` degrees.
+/// A channel of the pure hue, 0..60: trapezoid over the circle of 24 steps of 15 degrees, shifted by `offset`
+/// degrees.
 int PureChannel(int hue, int offset) {
     const int degrees = (hue * 15 + offset) % 360;
     return std::clamp(120 - std::abs(degrees - 180), 0, 60);

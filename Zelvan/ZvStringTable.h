@@ -1,6 +1,7 @@
-// Every text that a person sees, by number: ZV_STRING(number, name, English text), in ascending order of the numbers. UTF-8,
-// printf-style where the text takes values. To add one, add its row here; ZvStrings finds it by ZvStr::name or by the number.
-// A list, not a header: whoever includes it defines ZV_STRING first and undefines it afterwards.
+// Every text that a person sees, by number: ZV_STRING(number, name, English text), in ascending order of the
+// numbers. UTF-8, printf-style where the text takes values. To add one, add its row here; ZvStrings finds it
+// by ZvStr::name or by the number. A list, not a header: whoever includes it defines ZV_STRING first and
+// undefines it afterwards.
 //
 // Numbers are grouped by what they belong to:
 //   10000 validation of geometry    40000 line types    41000 values    42000 palette    45000 coordinates and units

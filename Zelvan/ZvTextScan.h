@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// Reads the text forms of values from left to right. Every reader skips blanks first, and moves on only when it succeeds.
+/// Reads the text forms of values from left to right. Every reader skips blanks first, and moves on only when
+/// it succeeds.
 class ZvTextScan {
 public:
     /// Keeps UTF-8 of the text; upper-cased so that keywords match in any case.
@@ -18,7 +19,8 @@ public:
     /// As Literal, with nothing behind it.
     bool Whole(std::string_view expected);
     bool Int(int& value);
-    /// Decimal number with an optional sign and exponent; a point is the decimal sign. Neither "inf" nor "nan".
+    /// Decimal number with an optional sign and exponent; a point is the decimal sign. Neither "inf" nor
+    /// "nan".
     bool Number(double& value);
     /// At most 8 hexadecimal digits, either case.
     bool Hex(uint32_t& value);

@@ -5,9 +5,10 @@
 
 class ZvNativeDesc;
 
-/// Size of a symbol or of text as one encoded number: world units, device units (points, millimetres of the view, pixels), or a
-/// reserved code. 4 bytes.
-///   -1 null; -2 by block; -3 by layer; >= 0 world; [-110, -10] points; [-1111, -111] view millimetres; [-3112, -1112] pixels.
+/// Size of a symbol or of text as one encoded number: world units, device units (points, millimetres of the
+/// view, pixels), or a reserved code. 4 bytes.
+///   -1 null; -2 by block; -3 by layer; >= 0 world; [-110, -10] points; [-1111, -111] view millimetres;
+///   [-3112, -1112] pixels.
 class ZV_API ZvUniSize {
 public:
     enum TypeFlags : uint32_t {

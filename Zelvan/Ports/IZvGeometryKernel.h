@@ -13,8 +13,8 @@ using ZvKernelLines = std::vector<std::vector<Vec2d>>;
 
 enum class ZvBooleanOp { Union, Intersection, Difference, SymmetricDifference };
 
-/// Polygon operations in the plane. All return false with `why` set when the input is not usable or the work fails; `out` is then
-/// empty. Results have outer rings counter-clockwise and holes clockwise.
+/// Polygon operations in the plane. All return false with `why` set when the input is not usable or the work
+/// fails; `out` is then empty. Results have outer rings counter-clockwise and holes clockwise.
 class ZV_API IZvGeometryKernel {
 public:
     virtual ~IZvGeometryKernel() = default;

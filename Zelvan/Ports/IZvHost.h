@@ -13,7 +13,8 @@ class ZvView;
 
 enum class ZvAnswer { Ok, Cancel, Yes, No };
 
-/// One question, or one message to acknowledge, with its exact text and the answer of a host that has nobody to ask.
+/// One question, or one message to acknowledge, with its exact text and the answer of a host that has nobody
+/// to ask.
 struct ZvQuestion {
     enum class Buttons { Ok, OkCancel, YesNo, YesNoCancel };
     XStringW text;
@@ -48,14 +49,15 @@ struct ZvFileRequest {
 
 enum class ZvSystemCursor { Arrow, Cross, Hand, Move, SizeAll, Wait, Text, None };
 
-/// The frame and view windows around the engine: everything that a person is shown or asked. One call a question. Window thread only.
+/// The frame and view windows around the engine: everything that a person is shown or asked. One call a
+/// question. Window thread only.
 class ZV_API IZvHost {
 public:
     enum class Pane { View, CommandWindow, StatusBar, QuickBar };
 
     virtual ~IZvHost() = default;
 
-    // --- questions -----------------------------------------------------------------------------------------------------------
+    // --- questions -----------------------------------------------------------------------------------
     virtual ZvAnswer Ask(const ZvQuestion& question) = 0;
     void Tell(const XStringW& text, const XStringW& title = {}) {
         (void)Ask({text, ZvQuestion::Buttons::Ok, ZvAnswer::Ok, title});
@@ -69,7 +71,7 @@ public:
     /// The files chosen; empty when the user cancels.
     virtual std::vector<std::filesystem::path> AskFile(ZvFileRequest& request) = 0;
 
-    // --- command window and status bar -----------------------------------------------------------------------------------------
+    // --- command window and status bar ---------------------------------------------------------------
     /// As it is: line ends are in the text.
     virtual void Print(const XStringW& text) = 0;
     /// The prompt in front of the line that the user types; empty for none.
@@ -78,14 +80,14 @@ public:
     virtual bool IsShown(Pane pane) const = 0;
     virtual void SetFocus(Pane pane) = 0;
 
-    // --- long work -------------------------------------------------------------------------------------------------------------
+    // --- long work -----------------------------------------------------------------------------------
     /// Begins and ends nest; see ZvWaitCursor.
     virtual void BeginWait() = 0;
     virtual void EndWait() = 0;
     /// A progress display that lasts as long as the object; never null.
     virtual std::unique_ptr<ZvCore::IProgress> StartProgress(const XStringW& title) = 0;
 
-    // --- view windows ----------------------------------------------------------------------------------------------------------
+    // --- view windows --------------------------------------------------------------------------------
     /// The pixels of the view's window are out of date.
     virtual void InvalidateView(ZvView& view, const Rect2I& pixels) = 0;
     virtual void SetSystemCursor(ZvSystemCursor cursor) = 0;

@@ -16,11 +16,12 @@ public:
     virtual ~IZvMessageLoop() = default;
     /// Delivers what is waiting. False once the application is asked to close: loops then unwind.
     virtual bool PumpPending() = 0;
-    /// Blocks until something is waiting, at most `timeoutMs` (negative: without limit). False as PumpPending, and when nothing can
-    /// ever come any more.
+    /// Blocks until something is waiting, at most `timeoutMs` (negative: without limit). False as
+    /// PumpPending, and when nothing can ever come any more.
     virtual bool WaitForInput(int timeoutMs = -1) = 0;
     /// Whether input of the kinds in `mask` (ZvInterrupt) is waiting; delivers nothing.
     virtual bool PeekInterrupt(uint32_t mask) = 0;
-    /// State of a key or button by its virtual key number (1, 2, 4: left, right, middle button; 16, 17, 18: Shift, Ctrl, Alt).
+    /// State of a key or button by its virtual key number (1, 2, 4: left, right, middle button; 16, 17, 18:
+    /// Shift, Ctrl, Alt).
     virtual bool IsKeyDown(int virtualKey) const = 0;
 };

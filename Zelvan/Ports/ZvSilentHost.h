@@ -2,8 +2,8 @@
 #include "Zelvan/Ports/IZvHost.h"
 #include <set>
 
-/// A host without a person: answers every question with its default, writes question, answer, messages and errors to the log, and
-/// keeps what was said for whoever looks afterwards (tests, command-line programs).
+/// A host without a person: answers every question with its default, writes question, answer, messages and
+/// errors to the log, and keeps what was said for whoever looks afterwards (tests, command-line programs).
 class ZV_API ZvSilentHost : public IZvHost {
 public:
     struct Asked {

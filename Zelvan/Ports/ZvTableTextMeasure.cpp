@@ -4,7 +4,8 @@
 
 namespace {
 
-// Advance widths of U+0020..U+007E in thousandths of the em: Adobe's font metrics of Helvetica (core 14 AFM files, 1997).
+// Advance widths of U+0020..U+007E in thousandths of the em: Adobe's font metrics of Helvetica (core 14 AFM
+// files, 1997).
 constexpr uint16_t kAscii[] = {
     278, 278, 355, 556, 556, 889, 667, 191, 333, 333, 389, 584, 278, 333,  278, 278, 556, 556, 556,
     556, 556, 556, 556, 556, 556, 556, 278, 278, 584, 584, 584, 556, 1015, 667, 667, 722, 722, 667,

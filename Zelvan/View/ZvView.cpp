@@ -57,7 +57,7 @@ void ZvView::Resize(int width, int height) {
     Rebuilt();
 }
 
-// --- navigation ----------------------------------------------------------------------------------------------------------------
+// --- navigation --------------------------------------------------------------------------------------
 
 void ZvView::Rebuilt() {
     m_xform.RebuildView();
@@ -133,7 +133,7 @@ Vec3d ZvView::PixelToPlane(const Vec2d& pixel) const {
     return std::isfinite(steps) && steps >= 0 ? ray.origin + ray.direction * steps : at;
 }
 
-// --- repainting ----------------------------------------------------------------------------------------------------------------
+// --- repainting --------------------------------------------------------------------------------------
 
 void ZvView::Invalidate(const ZvBounds3D& world) {
     if (m_xform.CullResult(m_xform.IsPlan() ? ZvBounds3D(world.ToBounds2D()) : world) == VFCResult::Outside)
@@ -166,7 +166,7 @@ Rect2I ZvView::TakeDirty() {
     return dirty;
 }
 
-// --- saved state ---------------------------------------------------------------------------------------------------------------
+// --- saved state -------------------------------------------------------------------------------------
 
 void ZvView::StoreTo(ZvNamedView& record) const {
     ZvNamedView::Values values = record.Get();

@@ -8,7 +8,8 @@
 class ZvDrawing;
 class ZvNamedView;
 
-/// One view of a drawing: its transform, what it has to repaint, and how a user moves about in it. The window itself is the host's.
+/// One view of a drawing: its transform, what it has to repaint, and how a user moves about in it. The window
+/// itself is the host's.
 class ZV_API ZvView {
 public:
     /// What input does in the view; bits.
@@ -36,10 +37,10 @@ public:
     int Width() const;
     int Height() const;
 
-    // --- navigation: each rebuilds the transform and repaints -------------------------------------------------------------------
-    /// Multiplies what the window shows by `factor` (below 1: closer); the world point under the pixel stays there. Factors that are
-    /// not positive and finite, or that leave the range of 1e-12 .. 1e15 world units across the window, change nothing and answer
-    /// false.
+    // --- navigation: each rebuilds the transform and repaints ----------------------------------------
+    /// Multiplies what the window shows by `factor` (below 1: closer); the world point under the pixel stays
+    /// there. Factors that are not positive and finite, or that leave the range of 1e-12 .. 1e15 world units
+    /// across the window, change nothing and answer false.
     bool ZoomMousePt(const Vec2d& pixel, double factor);
     bool ZoomCenter(double factor);
     /// Shows the box with `margin` as a part of its size on every side. False for an empty box.
@@ -51,17 +52,19 @@ public:
     void CenterOn(const Vec3d& world);
     void SetRotation(double radians);
 
-    /// World point of a pixel in the plane z = 0 (where the line of sight meets it, else in the target's plane).
+    /// World point of a pixel in the plane z = 0 (where the line of sight meets it, else in the target's
+    /// plane).
     Vec3d PixelToPlane(const Vec2d& pixel) const;
 
-    // --- repainting --------------------------------------------------------------------------------------------------------------
-    /// Adds what shows of the box to the pixels to repaint and tells the drawing's host. Boxes that do not show cost nothing.
+    // --- repainting ----------------------------------------------------------------------------------
+    /// Adds what shows of the box to the pixels to repaint and tells the drawing's host. Boxes that do not
+    /// show cost nothing.
     void Invalidate(const ZvBounds3D& world);
     void InvalidateAll();
     /// Pixels to repaint, empty when all is up to date; forgets them.
     Rect2I TakeDirty();
 
-    // --- saved state -------------------------------------------------------------------------------------------------------------
+    // --- saved state ---------------------------------------------------------------------------------
     void StoreTo(ZvNamedView& record) const;
     void RestoreFrom(const ZvNamedView& record);
 

@@ -39,7 +39,7 @@ const ZvViewOptions& ZvViewXForm::Options() const {
     return m_options ? *m_options : defaults;
 }
 
-// --- setup -------------------------------------------------------------------------------------------------------------------
+// --- setup -------------------------------------------------------------------------------------------
 
 void ZvViewXForm::SetWindowRect(const Rect2I& window, bool rebuild) {
     SetWindowRect(ZvBounds2D(window.left, window.top, window.right, window.bottom), rebuild);
@@ -106,7 +106,7 @@ void ZvViewXForm::AutoSetupPointsToWorld() {
                           : m_worldPerPixel * options.pixelsPerInch / kPointsPerInch;
 }
 
-// --- rebuild -----------------------------------------------------------------------------------------------------------------
+// --- rebuild -----------------------------------------------------------------------------------------
 
 void ZvViewXForm::RebuildView() {
     RebuildViewInternal(nullptr);
@@ -214,7 +214,7 @@ void ZvViewXForm::SetupFunctionPointers() {
     m_toViewLQ = m_pre.empty() ? &ToViewLQPlain : &ToViewLQPre;
 }
 
-// --- world centre --------------------------------------------------------------------------------------------------------------
+// --- world centre ------------------------------------------------------------------------------------
 
 void ZvViewXForm::EnableWorldCenterManagementGlobally(bool on) {
     g_manageCenters = on;
@@ -266,7 +266,7 @@ void ZvViewXForm::TrimRecentWorldCenters() {
         m_recent.erase(m_recent.begin(), m_recent.end() - kMaxRecentCenters);
 }
 
-// --- stacks --------------------------------------------------------------------------------------------------------------------
+// --- stacks ------------------------------------------------------------------------------------------
 
 void ZvViewXForm::PushPreTransform(const Mat4d& toOuter) {
     m_pre.push_back({m_pre.empty() ? toOuter : m_pre.back().toWorld * toOuter, {}});
@@ -317,7 +317,7 @@ void ZvViewXForm::PopTranslate() {
     MatricesChanged();
 }
 
-// --- sizes and angles ------------------------------------------------------------------------------------------------------------
+// --- sizes and angles --------------------------------------------------------------------------------
 
 ZvScaleSetup ZvViewXForm::Scale() const {
     return {m_pointsToWorld * ZvUnits::kPointsPerMeter, m_worldPerPixel};

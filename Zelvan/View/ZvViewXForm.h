@@ -21,11 +21,13 @@ enum class VFCResult : int { Outside = 0, Inside = 1, Partial = 2 };
 
 /// Maps drawing (world) coordinates to pixels and back for one view of a drawing.
 ///
-/// Every world point first loses the world centre, a point near what is shown, in double precision. What follows may then be single
-/// precision and stays exact at any distance from the drawing's origin. Pixels: those of the window rectangle, or of the frame
-/// buffer's corner where one is set; x to the right, y down (up when SetYAxisUp), pixel centres at .5. Depth: -1 near .. 1 far.
+/// Every world point first loses the world centre, a point near what is shown, in double precision. What
+/// follows may then be single precision and stays exact at any distance from the drawing's origin. Pixels:
+/// those of the window rectangle, or of the frame buffer's corner where one is set; x to the right, y down
+/// (up when SetYAxisUp), pixel centres at .5. Depth: -1 near .. 1 far.
 ///
-/// Setters of the camera take effect with the next RebuildView. Converters may be called from several threads between rebuilds.
+/// Setters of the camera take effect with the next RebuildView. Converters may be called from several threads
+/// between rebuilds.
 class ZV_API ZvViewXForm {
 public:
     /// Bits of the projection flags.
@@ -44,7 +46,8 @@ public:
         int useCount = 0;
     };
 
-    /// An orthographic plan view, 1 world unit wide, of the origin, in a window of 1 x 1 pixels. `drawing` may be null.
+    /// An orthographic plan view, 1 world unit wide, of the origin, in a window of 1 x 1 pixels. `drawing`
+    /// may be null.
     explicit ZvViewXForm(ZvDrawing* drawing = nullptr);
     virtual ~ZvViewXForm();
     ZvViewXForm(const ZvViewXForm& other) = default;
@@ -55,7 +58,7 @@ public:
     /// Drawing, options, camera, window, matrices, world centres, stacks.
     void CopyFrom(const ZvViewXForm& other) { *this = other; }
 
-    // --- setup ---------------------------------------------------------------------------------------------------------------
+    // --- setup ---------------------------------------------------------------------------------------
     void SetDrawing(ZvDrawing* drawing) { m_drawing = drawing; }
     ZvDrawing* Drawing() const { return m_drawing; }
     /// Null: defaults. The options must outlive the transform.
@@ -94,19 +97,19 @@ public:
     double Rotation() const { return m_rotation; }
     /// Target, width, rotation and flags of a plan view at once.
     void SetPlan(const Vec3d& target, double width, double rotation = 0);
-    /// A plan view of all of `world`, kept in the middle, with `margin` pixels around it. Rebuilds. An empty or flat box shows at least
-    /// one world unit.
+    /// A plan view of all of `world`, kept in the middle, with `margin` pixels around it. Rebuilds. An empty
+    /// or flat box shows at least one world unit.
     void FitPlan(const ZvBounds2D& world, double margin = 0);
 
-    /// Sizes in points and millimetres as on that page, `scale` times as large; null: as on paper at 1:`scale`. `keep`: rebuilds
-    /// leave it so; else the next one goes back to what the options say.
+    /// Sizes in points and millimetres as on that page, `scale` times as large; null: as on paper at
+    /// 1:`scale`. `keep`: rebuilds leave it so; else the next one goes back to what the options say.
     void SetupPointsToWorld(const ZvPaperPage* page, float scale, bool keep);
     /// From the options: by their paper scale, else constant on the screen.
     void AutoSetupPointsToWorld();
     /// World units per point (1/72 inch).
     double PointsToWorld() const { return m_pointsToWorld; }
 
-    // --- rebuild -------------------------------------------------------------------------------------------------------------
+    // --- rebuild -------------------------------------------------------------------------------------
     void RebuildView();
     /// Only `crop` (pixels of the window) is projected and counts as visible; pixels stay the same.
     void RebuildViewCropped(const ZvBounds2D& crop);
@@ -116,7 +119,7 @@ public:
     const Mat4d& Combined() const { return m_combined; }
     const ZvViewport& Viewport() const { return m_viewport; }
 
-    // --- world centre ----------------------------------------------------------------------------------------------------------
+    // --- world centre --------------------------------------------------------------------------------
     void SetWorldCenter(const Vec3d& center);
     Vec3d WorldCenter() const { return -m_offset; }
     const Vec3d& WorldCenterOffset() const { return m_offset; }
@@ -130,8 +133,9 @@ public:
     /// Oldest first.
     const std::vector<RecentCenter>& RecentWorldCenters() const { return m_recent; }
 
-    // --- pre-transforms: for content drawn in coordinates of its own ------------------------------------------------------------
-    /// Points are in coordinates that `toOuter` maps to those that were in use before (world at first), until the matching pop.
+    // --- pre-transforms: for content drawn in coordinates of its own ---------------------------------
+    /// Points are in coordinates that `toOuter` maps to those that were in use before (world at first), until
+    /// the matching pop.
     void PushPreTransform(const Mat4d& toOuter);
     void PushPreTransform(const Mat4f& toOuter) { PushPreTransform(toOuter.As<double>()); }
     void PopPreTransform();
@@ -144,13 +148,13 @@ public:
     void TempModelViewMul(const Mat4d& matrix);
     void PopTranslate();
 
-    // --- mapping: world to pixels ------------------------------------------------------------------------------------------------
-    /// High quality (double precision). w of the input (a measure) does not count; w of the result is that of clip space: not above 0
-    /// for points at or behind the eye, whose pixel means nothing.
+    // --- mapping: world to pixels --------------------------------------------------------------------
+    /// High quality (double precision). w of the input (a measure) does not count; w of the result is that of
+    /// clip space: not above 0 for points at or behind the eye, whose pixel means nothing.
     Vec4d ToView(const Vec4d& world) const { return m_toView(*this, world); }
     Vec3d ToView(const Vec3d& world) const { return ToView(Vec4d{world.x, world.y, world.z, 1}).XYZ(); }
-    /// Low quality (single precision after the world centre): within a few hundredths of a pixel in the window, for what is not much nearer
-    /// to the eye than the target.
+    /// Low quality (single precision after the world centre): within a few hundredths of a pixel in the
+    /// window, for what is not much nearer to the eye than the target.
     Vec4f ToViewLQ(const Vec4d& world) const { return m_toViewLQ(*this, world); }
     /// Many points; `out` may not overlap the input.
     void ToViewLQ(const Vec4d* world, size_t count, Vec4f* out) const;
@@ -162,33 +166,37 @@ public:
     Vec4f ToViewGL4f(const Vec4d& world) const; ///< w is kept
     void ToViewGL3fa(const Vec4d* world, size_t count, Vec3f* out) const;
 
-    // --- mapping: pixels to world ------------------------------------------------------------------------------------------------
-    /// z: depth -1..1; 0 is the target's plane in orthographic views. The world point of a pixel that has none is the target.
+    // --- mapping: pixels to world --------------------------------------------------------------------
+    /// z: depth -1..1; 0 is the target's plane in orthographic views. The world point of a pixel that has
+    /// none is the target.
     Vec3d ToWorld(const Vec3d& view) const;
     Vec3f ToWorldf(const Vec3f& view) const;
     /// From the near plane into the scene; the direction has length 1.
     Ray3d ToWorldRay(const Vec2d& pixel) const;
     /// `toView`: world to pixel, else pixel to world. False, `point` untouched, when it has no counterpart.
     virtual bool Transform(bool toView, Vec3d& point) const;
-    /// World box (XY) of what the window shows in the plane z = target's z; everything when the horizon is in view.
+    /// World box (XY) of what the window shows in the plane z = target's z; everything when the horizon is in
+    /// view.
     ZvBounds2D VisibleWorld() const;
 
-    // --- sizes and angles --------------------------------------------------------------------------------------------------------
+    // --- sizes and angles ----------------------------------------------------------------------------
     /// World units covered by one pixel at the target.
     double WorldPerPixel() const { return m_worldPerPixel; }
     ZvScaleSetup Scale() const;
     /// World units, pixels; 0 for null, by layer and by block.
     float SizeToWorld(const ZvUniSize& size) const;
     float SizeToView(const ZvUniSize& size) const;
-    /// World angle (radians, from +X in the XY plane) to the angle on the screen, both counter-clockwise as seen; -pi..pi.
+    /// World angle (radians, from +X in the XY plane) to the angle on the screen, both counter-clockwise as
+    /// seen; -pi..pi.
     double AngleToView(double angle) const;
     /// The rectangle mirrored top to bottom in the window, for targets that count from the bottom.
     Rect2I InvertRect(const Rect2I& rect) const;
     ZvBounds2D InvertRect(const ZvBounds2D& rect) const;
 
-    // --- culling -------------------------------------------------------------------------------------------------------------------
-    /// Never Outside for a box that shows; a box that only comes near the volume's edges may answer Partial. Orthographic views have
-    /// neither near nor far plane. Pre-transforms do not count. Empty boxes are outside.
+    // --- culling -------------------------------------------------------------------------------------
+    /// Never Outside for a box that shows; a box that only comes near the volume's edges may answer Partial.
+    /// Orthographic views have neither near nor far plane. Pre-transforms do not count. Empty boxes are
+    /// outside.
     VFCResult CullResult(const ZvBounds3D& world) const;
     /// At z = 0, in plan views at any z.
     VFCResult CullResult(const ZvBounds2D& world) const;

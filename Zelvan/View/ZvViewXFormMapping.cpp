@@ -4,7 +4,7 @@
 
 namespace Zelvan {
 
-// --- one point ---------------------------------------------------------------------------------------------------------------
+// --- one point ---------------------------------------------------------------------------------------
 
 Vec4d ZvViewXForm::ToViewPlain(const ZvViewXForm& x, const Vec4d& world) {
     const Vec4d clip =
@@ -47,7 +47,7 @@ Vec4f ZvViewXForm::ToViewLQPre(const ZvViewXForm& x, const Vec4d& world) {
                      ToFloat(x.m_pre.back().toOffset.TransformPoint(world.XYZ())));
 }
 
-// --- many points ---------------------------------------------------------------------------------------------------------------
+// --- many points -------------------------------------------------------------------------------------
 
 namespace {
 
@@ -129,7 +129,7 @@ void ZvViewXForm::ToViewGL3fa(const Vec4d* world, size_t count, Vec3f* out) cons
         out[i] = ToFloat(world[i].XYZ() + m_offset);
 }
 
-// --- pixels to world -----------------------------------------------------------------------------------------------------------
+// --- pixels to world ---------------------------------------------------------------------------------
 
 Vec3d ZvViewXForm::ToWorld(const Vec3d& view) const {
     Vec3d point;
@@ -176,9 +176,10 @@ ZvBounds2D ZvViewXForm::VisibleWorld() const {
     return bounds;
 }
 
-// --- culling -------------------------------------------------------------------------------------------------------------------
+// --- culling -----------------------------------------------------------------------------------------
 
-/// Planes of the view volume, inner side positive (G. Gribb, K. Hartmann, "Fast Extraction of Viewing Frustum Planes", 2001).
+/// Planes of the view volume, inner side positive (G. Gribb, K. Hartmann, "Fast Extraction of Viewing Frustum
+/// Planes", 2001).
 void ZvViewXForm::ExtractPlanes() {
     const auto& m = m_combined.m;
     m_planeCount = IsOrthographic() ? 4 : 6;

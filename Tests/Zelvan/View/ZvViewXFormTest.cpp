@@ -84,8 +84,7 @@ TEST(ZvViewXForm, AllConvertersAgreeFarFromTheOrigin) {
             const double depth = x.ToView(x.Target()).z;
             std::vector<Vec4d> world(50);
             for (Vec4d& p : world) {
-                const Vec3d q =
-                    x.ToWorld({random.In(0, 1280), random.In(0, 720), depth});
+                const Vec3d q = x.ToWorld({random.In(0, 1280), random.In(0, 720), depth});
                 p = {q.x, q.y, q.z, random.In(-1e9, 1e9)}; // w is a measure and does not count
             }
             std::vector<Vec4f> batch(world.size());
