@@ -33,12 +33,14 @@ struct ZvBNodeRoot {
     ZvcDumbHeap* heap = nullptr;
 };
 
-/// Which entities a selection wants. Boxes that only touch count as meeting.
+/// Which entities a selection wants.
 struct ZvTreeQuery {
     bool visibleOnly = false;
     bool withErased = false;
-    /// Only entities whose bounds lie wholly in the window.
+    /// Only entities whose bounds lie wholly in the window (its border included).
     bool enclosed = false;
+    /// Bounds that only touch the window from outside count as meeting it.
+    bool touching = true;
 };
 
 /// What a walk does with a node and all below it.
@@ -94,6 +96,7 @@ class ZV_API ZvBNode final : public IZvEntityOwner {
 public:
     /// An empty root.
     ZvBNode();
+    /// A root deletes its entities, without a word to the container: where names must be given back, DeleteAll comes first.
     ~ZvBNode() override;
     ZvBNode(const ZvBNode&) = delete;
     ZvBNode& operator=(const ZvBNode&) = delete;
@@ -177,9 +180,9 @@ public:
     /// Marks this node and its ancestors: cached bounds are computed anew when next asked for.
     void SetBoundsDirty();
     bool IsBoundsDirty() const { return m_dirty; }
-    /// Computes cached bounds of this node and all below anew from the entities.
+    /// Asks every entity of this node and below for its bounds: moves what no longer belongs where it is, computes the rest anew.
     void RecalcBounds();
-    /// Empties cached bounds of this node and marks it dirty.
+    /// Forgets the cached bounds of this node and marks it dirty.
     void ResetBounds();
     /// All cached bounds and draw sets of this node and below.
     void InvalidateAllCachedBounds();
@@ -208,7 +211,7 @@ public:
     // --- drawing --------------------------------------------------------------------------------------------------------------
     /// False when the visitor stopped it.
     bool Walk(IZvBNodeVisitor& visitor) const;
-    /// Draws what the context's window shows, by its mode.
+    /// Draws what the context's window shows, by its mode. By-layer values are those of the layer that the context has entered.
     void Draw(ZvRenderContext& context) const;
     void DrawPdf(ZvRenderContext& context) const;
     /// Draws the node's own entities from its cached draw set (built when it is not valid).
@@ -221,12 +224,14 @@ public:
     std::span<ZvEntity* const> DrawSet() const;
 
     // --- packing (swap manager) -----------------------------------------------------------------------------------------------
-    /// Bytes that Pack writes for this node and below.
+    // All of it needs the container's drawing, whose numbers the records carry.
+    /// Bytes that Pack writes for this node and below; 0 when it cannot.
     size_t ComputePackedSize() const;
     /// The entities of this node and below in flat form. False (target untouched) when an entity cannot be packed.
     bool Pack(std::vector<uint8_t>& target) const;
-    /// Replaces the tree's content by what Pack wrote; existing entities are deleted. False on bytes that are not a whole pack;
-    /// the tree is then as before. At the root only.
+    /// Replaces the tree's content by what Pack wrote: entities of the same name take the place of the existing ones in the name
+    /// table, too, and all existing ones are deleted. False on bytes that are not a whole pack; the tree is then as before. At the
+    /// root only.
     bool Unpack(std::span<const uint8_t> packed);
     /// As Unpack, but appends the entities (in no tree, owned by the caller) instead.
     bool UnpackEntities(std::span<const uint8_t> packed,
@@ -262,53 +267,90 @@ private:
     struct Rare {
         ZvBounds3D visible;
         dvect<ZvEntity*> drawSet;
+        dvect<uint32_t> drawSetBoxes;
         bool ownVisible = false;
         bool ownDrawSet = false;
     };
 
+    explicit ZvBNode(ZvBNode& parent);
     using Predicate = bool (*)(void* target, ZvEntity* entity);
+    template <class F>
+    static void* Target(F& f) {
+        return const_cast<void*>(static_cast<const void*>(&f));
+    }
     bool VisitRect(const ZvBounds2D& box, const ZvTreeQuery& query, Predicate take, void* target) const;
     bool VisitAll(Predicate take, void* target) const;
 
     // Insertion.
-    void BecomeChild(ZvBNode& parent, const ZvBounds3D& box);
+    /// False for bounds that are empty, not finite or too large: such entities stay in the root and do not shape it.
+    static bool CanBePlaced(const ZvBounds3D& bounds);
+    static uint32_t PackBox(const ZvNodeGrid& grid, const ZvBounds3D& bounds);
+    static bool RefuseInsertion(const ZvEntity* entity);
+    void InsertAtRoot(ZvEntity* entity, const ZvBounds3D& bounds);
     void InsertInternal(ZvEntity* entity, const ZvBounds3D& bounds);
     void Keep(ZvEntity* entity, const ZvBounds3D& bounds);
     void Extend(const ZvBounds3D& bounds, bool visible);
     void ExtendAncestors(const ZvBounds3D& bounds, bool visible);
-    int ChildHolding(double minX, double minY, double maxX, double maxY) const;
-    bool MaySplit() const;
+    void ExtendByChild(const ZvBNode& child);
+    void WidenZ(const ZvBounds3D& bounds);
+    /// The child whose box holds bounds that this node's box holds, -1 for none.
+    int ChildHolding(const ZvBounds3D& bounds) const;
+    /// Whether an unsplit node that holds so many entities is split when a further one arrives that differs from them.
+    bool MaySplit(size_t entities) const;
+    bool CanBeHalved() const;
+    bool HoldsOnlyEqualBounds() const;
+    bool HoldsOnly(const ZvBounds3D& bounds) const;
+    void SplitIfOverfull();
     void Split();
     void MakeChildren();
+    void CollapseEmptyChildren();
     // Restructuring.
     void Accomodate(const ZvBounds3D& bounds);
     static void FixAspect(ZvBounds3D& box);
-    void SetBox(const ZvBounds3D& box);
-    void Regrid();
+    void SetLeafBox(const ZvBounds3D& box);
     void DropShape();
-    // Removal.
+    // Removal and change.
     bool Detach(ZvEntity* entity);
+    void ForgetName(ZvEntity* entity) const;
+    void TakeOverNames(const dvect<ZvEntity*>& entities) const;
+    size_t TakeErased(dvect<ZvEntity*>& erased);
+    bool BelongsHere(const ZvBounds3D& bounds) const;
+    void UpdateInPlace(size_t index, const ZvBounds3D& bounds);
     void Relocate(size_t index, const ZvBounds3D& bounds);
-    // Bounds.
-    void RepairBounds() const;
-    void ComputeOwnBounds(ZvBounds3D& content, ZvBounds3D& visible, bool& mixed) const;
-    Rare& NeedRare() const;
+    void TakeMisplaced(dvect<ZvEntity*>& misplaced);
+    void StateChanged(ZvEntity* entity);
     void TouchContainer(ZvEntity* entity) const;
+    void TellChanged(ZvEntity& entity) const;
+    // Bounds and draw sets.
+    void RepairBounds() const;
+    void MarkBranchDirty();
+    void InvalidateDrawSets();
+    Rare& NeedRare() const;
+    bool HasOwnVisible() const { return m_rare && m_rare->ownVisible; }
+    void SetVisibleBounds(const ZvBounds3D& visible) const;
+    const uint32_t* DrawSetBoxes() const;
+    bool WalkNode(IZvBNodeVisitor& visitor, bool whole) const;
+    bool RunLoose(IZvBNodeVisitor& visitor) const;
+    void AddStats(ZvIndexBlockStats& stats) const;
+    bool CheckEntry(std::string& why, size_t index, ZvBounds3D& content, ZvBounds3D& visible) const;
+    bool CheckNode(std::string& why, ZvBounds3D& content, ZvBounds3D& visible) const;
 
     // Order matters: what an insertion touches on its way down comes first.
     std::unique_ptr<ZvBNodePair> m_children;
     double m_cutHigh = 0; ///< child 0's maximum along the cut axis
     double m_cutLow = 0;  ///< child 1's minimum
-    ZvBNodeRoot* m_root;  ///< owned by the root node
+    mutable ZvBounds3D m_content;
+    ZvBNodeRoot* m_root; ///< owned by the root node
     ZvBNode* m_parent = nullptr;
     int32_t m_depth = 0;
     bool m_cutsX = false;
     mutable bool m_dirty = false;
     mutable bool m_drawSetInvalid = true;
-    /// Some entity of the node itself may be hidden or erased (sticky until bounds or draw set are computed anew).
+    /// Some entity of the node itself may be hidden or erased (stays set until bounds or draw set are computed anew).
     mutable bool m_mixed = false;
+    /// Every entity of the node itself is known to have the same bounds.
+    mutable bool m_allEqual = false;
     ZvBNodeList m_list;
-    mutable ZvBounds3D m_content;
     ZvBounds3D m_box;
     mutable std::unique_ptr<Rare> m_rare;
     int32_t m_nodeId = 0;
@@ -321,7 +363,7 @@ void ZvBNode::ForEach(F&& f) const {
         (*static_cast<std::remove_reference_t<F>*>(target))(entity);
         return true;
     };
-    VisitAll(call, &f);
+    VisitAll(call, Target(f));
 }
 
 template <class F>
@@ -329,5 +371,5 @@ void ZvBNode::ForEachInRect(const ZvBounds2D& box, const ZvTreeQuery& query, F&&
     const Predicate call = [](void* target, ZvEntity* entity) -> bool {
         return (*static_cast<std::remove_reference_t<F>*>(target))(entity);
     };
-    VisitRect(box, query, call, &f);
+    VisitRect(box, query, call, Target(f));
 }

@@ -7,26 +7,35 @@
 
 class ZvEntity;
 
-/// Monotone map of world coordinates to steps 1..255 across a node's box. Comparing steps never contradicts comparing the
+/// Monotone map of world coordinates to steps 1..254 across a node's box. Comparing steps never contradicts comparing the
 /// coordinates: a < b in steps means a < b, so a query looks at an entity itself only where steps are equal.
 struct ZvNodeGrid {
+    static constexpr uint32_t kSteps = 254;
+    /// Box of an entity that no window meets by steps: empty, not finite, or too large to be placed.
+    static constexpr uint32_t kLoose = 0xFFFFFFFFu;
+
     double originX = 0, originY = 0;
     double scaleX = 0, scaleY = 0; ///< steps a world unit, 0 for a box without extent
 
     ZvNodeGrid() = default;
-    explicit ZvNodeGrid(const ZvBounds3D& box);
+    explicit ZvNodeGrid(const ZvBounds3D& box)
+        : originX(box.minX), originY(box.minY), scaleX(Scale(box.maxX - box.minX)),
+          scaleY(Scale(box.maxY - box.minY)) {}
     uint32_t StepX(double x) const { return Step((x - originX) * scaleX); }
     uint32_t StepY(double y) const { return Step((y - originY) * scaleY); }
-    static uint32_t Step(double v) { return v > 0 ? v < 254 ? uint32_t(v) + 1 : 255u : 1u; }
-    /// Four steps in one word: low bytes minX, minY, then 256 - maxX, 256 - maxY, so that a box meets a window when each
-    /// byte is at most the window's.
+    /// Four steps in one word, lowest byte first: minX, minY, 255 - maxX, 255 - maxY. A box meets a window when each byte is
+    /// at most that of the window's word, which is built with minima and maxima exchanged.
     uint32_t Pack(double minX, double minY, double maxX, double maxY) const {
-        return StepX(minX) | StepY(minY) << 8 | (256 - StepX(maxX)) << 16 | (256 - StepY(maxY)) << 24;
+        return StepX(minX) | StepY(minY) << 8 | (255 - StepX(maxX)) << 16 | (255 - StepY(maxY)) << 24;
     }
+
+private:
+    static uint32_t Step(double v) { return v > 0 ? v < kSteps - 1 ? uint32_t(int32_t(v)) + 1 : kSteps : 1; }
+    static double Scale(double extent) { return extent > 0 && extent < 1e200 ? kSteps / extent : 0; }
 };
 
 /// The entities of one tree node, in drawing order, each with its box in steps of the node's grid. One block of memory:
-/// capacity doubles, minimum 2. Owns neither entity.
+/// capacity doubles, minimum 2. Does not own the entities.
 class ZV_API ZvBNodeList {
 public:
     ZvBNodeList() = default;
