@@ -1,0 +1,26 @@
+#include "Zelvan/ZvEntityKinds.h"
+#include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/Entities/ZvMultiPoint.h"
+#include "Zelvan/Entities/ZvPointEnt.h"
+#include "Zelvan/Entities/ZvRawCompound.h"
+#include "Zelvan/Entities/ZvXLine.h"
+
+namespace {
+
+template <class T>
+ZvServer::Kind Kind(uint16_t code, const char* typeName) {
+    const ZvServer::Factory make = []() -> std::unique_ptr<ZvEntity> { return std::make_unique<T>(); };
+    return {ZvEntityCode::kBuiltInClient, code, typeName, make};
+}
+
+} // namespace
+
+// One line a kind. Codes and names stand in files.
+std::vector<ZvServer::Kind> ZvBuiltInKinds() {
+    return {
+        Kind<ZvMultiPoint>(ZvEntityCode::MultiPoint, "ZvMultiPoint"),
+        Kind<ZvPointEnt>(ZvEntityCode::PointEnt, "ZvPointEnt"),
+        Kind<ZvRawCompound>(ZvEntityCode::RawCompound, "ZvRawCompound"),
+        Kind<ZvXLine>(ZvEntityCode::XLine, "ZvXLine"),
+    };
+}
