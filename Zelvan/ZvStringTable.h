@@ -4,7 +4,8 @@
 // undefines it afterwards.
 //
 // Numbers are grouped by what they belong to:
-//   10000 validation of geometry    40000 line types    41000 values    42000 palette    45000 coordinates and units
+//   10000 validation of geometry    40000 line types    41000 values    42000 palette    43000 entities
+//   45000 coordinates and units
 //   46000 commands                  47000 loading       48000 saving    49000 undo       50000 drawing and tables
 //   60000 titles of bars and dialogs
 // clang-format off
@@ -67,6 +68,27 @@ ZV_STRING(42034, ColorHue, "%s %d")
 ZV_STRING(42035, ColorHuePale, "%s %d Pale")
 ZV_STRING(42036, ColorGrey, "Grey %d")
 
+ZV_STRING(43000, PropertyKind, "Kind")
+ZV_STRING(43001, PropertyName, "Name")
+ZV_STRING(43002, PropertyColor, "Color")
+ZV_STRING(43003, PropertyLayer, "Layer")
+ZV_STRING(43004, PropertyLineWidth, "Line width")
+ZV_STRING(43005, PropertyLineType, "Line type")
+ZV_STRING(43006, PropertyBrush, "Fill")
+ZV_STRING(43007, PropertyExtent, "Extent")
+ZV_STRING(43008, PropertyX, "X")
+ZV_STRING(43009, PropertyY, "Y")
+ZV_STRING(43010, PropertyZ, "Z")
+ZV_STRING(43011, PropertyM, "M")
+ZV_STRING(43012, PropertyAngle, "Angle")
+ZV_STRING(43013, PropertyPointType, "Point type")
+ZV_STRING(43014, PropertyPointCount, "Points")
+ZV_STRING(43030, PropertyNotUnderstood, "\"%s\" is not understood here")
+ZV_STRING(43031, PropertyNoSuchLayer, "There is no layer \"%s\"")
+ZV_STRING(43032, PropertyOutOfRange, "The value is out of range")
+ZV_STRING(43033, PropertyWrongType, "The value is of the wrong type")
+ZV_STRING(43040, EntityNotInDrawing, "Entity is not in drawing")
+ZV_STRING(43041, MultiPointEmpty, "A set of points must have at least 1 point")
 ZV_STRING(43050, PropertyClosed, "Closed")
 ZV_STRING(43051, PropertyPolygon, "Polygon")
 ZV_STRING(43052, PropertyPartCount, "Parts")

@@ -53,7 +53,9 @@ enum : uint16_t {
     XLine = 35,
 };
 inline constexpr uint16_t kBuiltInClient = 1;
-constexpr uint32_t Full(uint16_t client, uint16_t code) { return uint32_t(client) << 16 | code; }
+constexpr uint32_t Full(uint16_t client, uint16_t code) {
+    return uint32_t(client) << 16 | code;
+}
 } // namespace ZvEntityCode
 
 /// Outcome of `ZvEntity::Draw`.
@@ -116,7 +118,8 @@ public:
     /// Compacts storage; `ownBlock`: into a block of the entity's own even when it lies in an arena.
     /*6*/ virtual void Repack(bool ownBlock);
     /*7*/ virtual void GC_Mark(ZvHeapMarks& marks) const;
-    /// Flat copy for swapping and the clipboard. False when `size` is below SerializeHardSize().
+    /// Flat copy for swapping and the clipboard: the entity's file record. False when `size` is below SerializeHardSize(), or
+    /// when the entity has no drawing. ZvEntityRecords reads it back.
     /*8*/ virtual bool SerializeHard(uint8_t* buffer, size_t size) const;
     /*9*/ virtual size_t SerializeHardSize() const;
     /// Turns storage that is shared (an arena) into the entity's own. No-op in the base.
@@ -162,7 +165,8 @@ public:
     /*42*/ virtual void GetCloneTargets(std::vector<uint32_t>& fullCodes) const;
     /*43*/ virtual std::unique_ptr<ZvEntity> CloneAs(uint32_t fullCode) const;
     /// Appends points in XY where the two meet. flags: see ZvIntersectFlags.
-    /*44*/ virtual void GetIntersectionPoints(const ZvEntity& other, std::vector<Vec3d>& points, uint32_t flags) const;
+    /*44*/ virtual void GetIntersectionPoints(const ZvEntity& other, std::vector<Vec3d>& points,
+                                              uint32_t flags) const;
     /*45*/ virtual void TableUpdate(ZvNativeDesc& desc);
     /*46*/ virtual void TableUsage(ZvUsageTable& usage) const;
     /*47*/ virtual int GetLinearDimIndices(const Vec3d& nearPoint, int& first, int& second) const;
@@ -256,7 +260,8 @@ public:
     /*126*/ virtual bool UntouchableGetChecksum(uint64_t& checksum) const;
     /// Exact relation of the geometry to a window in the XY plane.
     /*127*/ virtual ZvClipResult ClipTest(const ZvBounds2D& window) const;
-    /*128*/ virtual bool IsGeometryEqual_Internal(const ZvEntity& other, const ZvGeometryCompare& parameters) const = 0;
+    /*128*/ virtual bool IsGeometryEqual_Internal(const ZvEntity& other,
+                                                  const ZvGeometryCompare& parameters) const = 0;
 
     // --- identity and flags ------------------------------------------------------------------------------------------------
     ZvName Name() const { return m_name; }
@@ -272,6 +277,7 @@ public:
     void SetFlags(uint32_t publicFlags);
     /// The raw internal word.
     uint16_t GetFlagsMask() const { return m_flags; }
+    void SetFlagsMask(uint16_t flags) { ApplyFlags(flags); }
 
     bool IsReactable() const { return Has(kReactable); }
     void SetReactable(bool on) { Put(kReactable, on); }
@@ -360,6 +366,9 @@ protected:
     void Put(Flag flag, bool on) { m_flags = uint16_t(on ? m_flags | flag : m_flags & ~flag); }
 
 private:
+    /// Replaces the internal flag word and tells the owner what that changes.
+    void ApplyFlags(uint16_t flags);
+
     uint32_t m_name = 0;
     uint32_t m_parentSpatialNode = 0;
     IZvEntityOwner* m_owner = nullptr;

@@ -50,7 +50,13 @@ public:
     void Set(std::string id, ZvProperty::Value value);
     /// Marks the value as taken. Null when absent or of another type.
     const ZvProperty::Value* Take(std::string_view id);
+    /// Takes a text. Null when absent; a value of another type is refused.
+    const XStringW* TakeText(std::string_view id);
+    /// Takes a number, whole numbers included. False when absent; text and truth values are refused.
+    bool TakeNumber(std::string_view id, double& number);
     void Refuse(std::string_view id, std::string reason);
+    /// Refuses because the text does not parse.
+    void RefuseText(std::string_view id, const XStringW& text);
     std::vector<std::string> Unused() const;
     const std::vector<std::string>& Refusals() const { return m_refusals; }
 
