@@ -26,19 +26,21 @@ struct ZvFileOptions {
     IZvHost* host = nullptr;
 };
 
-/// Reads and writes drawings in formats of its own. Never throws; a refusal adds a text (what, where, what to do) to `errors`.
+/// Reads and writes drawings in formats of its own. Never throws; a refusal adds a text (what, where, what to
+/// do) to `errors`.
 class ZV_API IZvFileProvider {
 public:
     virtual ~IZvFileProvider() = default;
     /// Short name for messages ("Zelvan", "GDAL").
     virtual std::string ProviderName() const = 0;
     virtual std::vector<ZvFileFormat> Formats() const = 0;
-    /// Adds the file's content to the drawing. Cancelled when `progress` asked to stop; the drawing then holds what was read.
+    /// Adds the file's content to the drawing. Cancelled when `progress` asked to stop; the drawing then
+    /// holds what was read.
     virtual Zv::Status Load(ZvDrawing& drawing, const std::filesystem::path& file, const ZvFileFormat& format,
                             const ZvFileOptions& options, IOErrorSet& errors,
                             ZvCore::IProgress& progress) = 0;
-    /// Writes the drawing to `file`, which the caller puts in place of the user's file; after a failure what was written is
-    /// deleted by the caller.
+    /// Writes the drawing to `file`, which the caller puts in place of the user's file; after a failure what
+    /// was written is deleted by the caller.
     virtual Zv::Status Save(ZvDrawing& drawing, const std::filesystem::path& file, const ZvFileFormat& format,
                             const ZvFileOptions& options, IOErrorSet& errors,
                             ZvCore::IProgress& progress) = 0;

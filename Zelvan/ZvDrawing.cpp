@@ -190,7 +190,7 @@ void ZvDrawing::MakeHomeGrid() {
     Make(m_homeGrid, *m_heap, MetersToWorld(1.0));
 }
 
-// --- taking apart --------------------------------------------------------------------------------------------------
+// --- taking apart -----------------------------------------------------------------------------------------
 
 ZvDrawing::~ZvDrawing() {
     PostEvent(ZvDrawingEvent::Dying);

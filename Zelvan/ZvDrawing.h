@@ -105,7 +105,8 @@ enum : int {
 };
 }
 
-/// What a drawing is given from outside. Null members have the meaning stated; the objects must outlive the drawing.
+/// What a drawing is given from outside. Null members have the meaning stated; the objects must outlive the
+/// drawing.
 struct ZvDrawingSetup {
     bool createDefaults = true;            ///< make the default records of the tables
     IZvHost* host = nullptr;               ///< null: silent; questions get their default answers
@@ -116,8 +117,9 @@ struct ZvDrawingSetup {
 
 /// One open drawing: the in-memory database of entities, tables and services.
 ///
-/// Entities live in the trees of layers and blocks; the drawing indexes them by name. A child layout drawing (paper space)
-/// belongs to a layout of its parent and may borrow the first seven tables. Used on the window thread only.
+/// Entities live in the trees of layers and blocks; the drawing indexes them by name. A child layout drawing
+/// (paper space) belongs to a layout of its parent and may borrow the first seven tables. Used on the window
+/// thread only.
 ///
 /// Pointers to tables and services are null only while the drawing is built or torn down, or where stated.
 class ZV_API ZvDrawing : public ZvcIEventSender {
@@ -131,7 +133,7 @@ public:
     ZvDrawing(const ZvDrawing&) = delete;
     ZvDrawing& operator=(const ZvDrawing&) = delete;
 
-    // --- identity and settings ---------------------------------------------------------------------------------------------
+    // --- identity and settings ----------------------------------------------------------------------------
     const Guid& GetGuid() const { return m_guid; }
     void SetGuid(const Guid& guid) { m_guid = guid; }
     /// Equality tolerance for geometry, world units.
@@ -147,11 +149,12 @@ public:
     void SetAllowTableReferences(bool on) { m_allowTableReferences = on; }
     uint32_t GetDefaultDrawFilter() const { return m_defaultDrawFilter; }
     void SetDefaultDrawFilter(uint32_t filter) { m_defaultDrawFilter = filter; }
-    /// Settings of this drawing; they travel in its file. Call RefreshGlobalData after changing what is cached from them.
+    /// Settings of this drawing; they travel in its file. Call RefreshGlobalData after changing what is
+    /// cached from them.
     ZvCore::Settings& Settings() { return m_settings; }
     const ZvCore::Settings& Settings() const { return m_settings; }
-    /// Vertices may be stored in steps of at most this, world units. The setting "LinearPrecision" when it is positive,
-    /// else 1e-6 metres in world units.
+    /// Vertices may be stored in steps of at most this, world units. The setting "LinearPrecision" when it is
+    /// positive, else 1e-6 metres in world units.
     double LinearPrecision() const { return m_linearPrecision; }
     /// Zero or less goes back to the default.
     void SetLinearPrecision(double worldUnits);
@@ -161,7 +164,8 @@ public:
     bool RequireDoublePrecision(const ZvBounds3D& bounds) const;
     /// Renews what is cached from settings, units and coordinate system.
     void RefreshGlobalData();
-    /// Everything of the drawing that its file keeps outside of tables: settings, current attributes, units, author.
+    /// Everything of the drawing that its file keeps outside of tables: settings, current attributes, units,
+    /// author.
     void StoreSettings(ZvCore::BinXmlNode& node) const;
     /// `afterTables`: the pass that resolves references to records; the pass before takes the rest.
     void LoadSettings(const ZvCore::BinXmlNode& node, bool afterTables);
@@ -182,7 +186,7 @@ public:
     IZvTextMeasure* TextMeasure() const { return m_textMeasure; }
     void SetTextMeasure(IZvTextMeasure* port) { m_textMeasure = port; }
 
-    // --- child layouts -----------------------------------------------------------------------------------------------------
+    // --- child layouts ------------------------------------------------------------------------------------
     bool IsChildLayout() const { return m_isChildLayout; }
     bool IsChildLayoutWithProxyTables() const { return m_hasProxyTables; }
     /// Whether the table is the parent's.
@@ -194,7 +198,7 @@ public:
     /// Points the first seven accessors at the parent's tables.
     void GetProxyTablesFromParent();
 
-    // --- memory ------------------------------------------------------------------------------------------------------------
+    // --- memory -------------------------------------------------------------------------------------------
     ::TrivialHeap& TrivialHeap() { return *m_heap; }
     /// Arena for the variable-size blocks of loaded entities.
     ZvcDumbHeap& EntityHeap() { return *m_entityHeap; }
@@ -203,7 +207,7 @@ public:
     /// Bytes held by entities, names, arena and undo.
     size_t MemUsage() const;
 
-    // --- tables ------------------------------------------------------------------------------------------------------------
+    // --- tables -------------------------------------------------------------------------------------------
     ZvBitmapTable* BitmapTable() const { return m_bitmapTable; }
     ZvLineTypeTable* LineTypeTable() const { return m_lineTypeTable; }
     ZvBlockTable* BlockTable() const { return m_blockTable; }
@@ -234,18 +238,20 @@ public:
     void Purge();
     /// Deletes the erased entities that no verb refers to.
     void PurgeErased();
-    /// Counts uses, then deletes the records without any, in all tables or (a full code) in one; answers how many went.
+    /// Counts uses, then deletes the records without any, in all tables or (a full code) in one; answers how
+    /// many went.
     int PurgeUnusedTableRecords(uint32_t tableCode = 0);
     int GetRecordUsage(uint32_t tableCode, int index);
     /// Counts the uses anew and writes them into the records.
     void RefreshRecordUsage();
     /// Zeroes the counts of all records.
     void InitUsageStructs();
-    /// Uses by entities and by records (blocks, layers, styles), the current attributes included; `selection` null: all.
+    /// Uses by entities and by records (blocks, layers, styles), the current attributes included; `selection`
+    /// null: all.
     void GatherUsageInfo(ZvUsageTable& usage, const ZvSelection* selection = nullptr) const;
     void PopulateRecordUsageMap(ZvUsageTable& usage);
 
-    // --- services ----------------------------------------------------------------------------------------------------------
+    // --- services -----------------------------------------------------------------------------------------
     /// Null in a child layout drawing.
     ZvPageSetTable* PageSetTable() const { return m_pageSetTable.get(); }
     /// Null in a child layout drawing.
@@ -267,7 +273,8 @@ public:
     ZvDefaultProperties* DefaultProperties() const { return m_defaultProperties.get(); }
     ZvCBHandler* CBHandler() const { return m_cbHandler.get(); }
     ZvEntityReactorHandler* EntityReactorHandler() const { return m_entityReactorHandler.get(); }
-    /// Target for entities that are built before they are inserted; in no table, always there for them to ask by layer.
+    /// Target for entities that are built before they are inserted; in no table, always there for them to ask
+    /// by layer.
     ZvLayer* ScratchLayer() const { return m_scratchLayer.get(); }
     ZvHomeGrid* HomeGrid() const { return m_homeGrid.get(); }
     ZvEntityAssociator* EntityAssociator() const { return m_entityAssociator.get(); }
@@ -275,18 +282,21 @@ public:
     /// An owner that only lends this drawing to an entity that is in none.
     IZvEntityOwner* LooseOwner() const;
 
-    // --- entities ----------------------------------------------------------------------------------------------------------
+    // --- entities -----------------------------------------------------------------------------------------
     ZvEntityNameTable& NameTable() { return m_nameTable; }
     const ZvEntityNameTable& NameTable() const { return m_nameTable; }
-    /// Gives the entity to a layer, which is made when missing: the named one, else the current one, else "0". The entity
-    /// belongs to the drawing afterwards. The null name (and the entity is gone) only after "No default layer" was reported.
+    /// Gives the entity to a layer, which is made when missing: the named one, else the current one, else
+    /// "0". The entity belongs to the drawing afterwards. The null name (and the entity is gone) only after
+    /// "No default layer" was reported.
     ZvName Insert(std::unique_ptr<ZvEntity> entity, const XStringW& layerName = {});
-    /// The same for an entity whose ownership the caller has released; it stays the caller's when the name is null.
+    /// The same for an entity whose ownership the caller has released; it stays the caller's when the name is
+    /// null.
     ZvName Insert(ZvEntity* entity, const XStringW& layerName = {});
-    /// Takes the entity out of the name table and the notifier; the tree does the rest. For owners of entities.
+    /// Takes the entity out of the name table and the notifier; the tree does the rest. For owners of
+    /// entities.
     void Remove(ZvEntity* entity);
-    /// What an editor or importer does with a new entity before Insert: current attributes when `applyCurrent`, Finalize,
-    /// and the check whether it may be inserted (`reason` then says why not).
+    /// What an editor or importer does with a new entity before Insert: current attributes when
+    /// `applyCurrent`, Finalize, and the check whether it may be inserted (`reason` then says why not).
     bool FinalizeNewEntity(ZvEntity& entity, bool applyCurrent = true, XStringW* reason = nullptr);
     ZvEntity* GetEntity(ZvName name) const { return m_nameTable.GetQuiet(name); }
     /// Non-erased entities of all layers, bounds of all non-erased ones.
@@ -308,11 +318,11 @@ public:
     void FindEntities(const ZvBounds2D& box, std::vector<ZvEntity*>& found) const;
     void FindEntitiesOnLayers(const std::vector<ZvLayer*>& layers, const ZvBounds2D& box,
                               std::vector<ZvEntity*>& found, const Find& options) const;
-    /// The entity whose geometry is closest to the point in XY, within `radius` (world units); ties go to the one drawn
-    /// last. Null when there is none.
+    /// The entity whose geometry is closest to the point in XY, within `radius` (world units); ties go to the
+    /// one drawn last. Null when there is none.
     ZvEntity* FindClosest(const Vec3d& point, double radius, double* distance = nullptr) const;
 
-    // --- selection: the Select family adds to `selection` what the selection filter lets pass -----------------------------
+    // --- selection: the Select family adds to `selection` what the selection filter lets pass -------------
     ZvSelection& CurrentSelection() { return *m_selection; }
     const ZvSelection& CurrentSelection() const { return *m_selection; }
     bool Select(ZvEntity* entity, ZvSelection& selection) const;
@@ -331,7 +341,7 @@ public:
     /// Shows the current selection in the current view, with a margin; false without view or selection.
     bool AutoZoomCurrentSelection();
 
-    // --- verbs and modification state --------------------------------------------------------------------------------------
+    // --- verbs and modification state ---------------------------------------------------------------------
     /// The stack owns the verb; the result is its sequence number, 0 when it did not end up on the stack.
     int DoVerb(ZvVerb* verb);
     /// The verb that the stack keeps, or null.
@@ -344,8 +354,8 @@ public:
     int SuspendAutoCleanup() { return ++m_cleanupSuspended; }
     int ResumeAutoCleanup();
     int GetAutoCleanupSuspendCount() const { return m_cleanupSuspended; }
-    /// Deletes what no longer matters (unreachable erased entities), compacts the arena when most of it is garbage, and
-    /// remembers when. Does nothing while suspended unless `force`.
+    /// Deletes what no longer matters (unreachable erased entities), compacts the arena when most of it is
+    /// garbage, and remembers when. Does nothing while suspended unless `force`.
     void Cleanup(bool force = false);
     struct CleanupStamp {
         double time = 0; ///< seconds, the clock's monotonic time
@@ -357,7 +367,7 @@ public:
     /// Lets timers and animations notice the time; a host calls it at least once a second.
     void Tick();
 
-    // --- current attributes; setters post CurrentPropertiesChanged ---------------------------------------------------------
+    // --- current attributes; setters post CurrentPropertiesChanged ----------------------------------------
     ZvLineType CurrentLineType() const { return m_currentLineType; }
     ZvLineWidth CurrentLineWidth() const { return m_currentLineWidth; }
     const ZvColor& CurrentColor() const { return m_currentColor; }
@@ -371,19 +381,19 @@ public:
     /// Reads (posting the event once) or writes all of them; references to records go by name.
     void SerializeCurrent(ZvCore::BinXmlNode& node, bool write);
 
-    // --- coordinates -------------------------------------------------------------------------------------------------------
+    // --- coordinates --------------------------------------------------------------------------------------
     double MetersToWorld(double meters) const;
     double WorldToMeters(double world) const;
     /// WGS 84, degrees. False without a coordinate system, or outside of it.
     bool PtWorldToLatLon(const Vec3d& world, double& latitude, double& longitude) const;
     bool LatLonToPtWorld(double latitude, double longitude, Vec3d& world) const;
-    /// Centre of the current view (world units) and its level of detail: 0 shows the equator on 256 pixels, each further
-    /// level doubles the scale. False without a current view.
+    /// Centre of the current view (world units) and its level of detail: 0 shows the equator on 256 pixels,
+    /// each further level doubles the scale. False without a current view.
     bool GetScreenCenterAndLevel(Vec3d& center, double& level) const;
     /// After the coordinate system of the UCS table changed: renews caches, tells entities and listeners.
     void NotifyCoordinateSystemChanged();
 
-    // --- views and user interface ------------------------------------------------------------------------------------------
+    // --- views and user interface -------------------------------------------------------------------------
     /// The drawing owns its views; the first becomes the current one. Answers the view.
     ZvView* AddView(std::unique_ptr<ZvView> view);
     std::unique_ptr<ZvView> RemoveView(ZvView* view);
@@ -400,7 +410,8 @@ public:
     IZvCommandRunner* CmdProcessor() const { return m_processor.get(); }
     bool HasCmdProcessor() const { return m_processor != nullptr; }
     void StatusBar(const XStringW& text);
-    /// Prints to the command window; PromptL adds a line end, PromptControl sets the prompt that waits for input.
+    /// Prints to the command window; PromptL adds a line end, PromptControl sets the prompt that waits for
+    /// input.
     void Prompt(const XStringW& text) const;
     void PromptL(const XStringW& text) const;
     void PromptControl(const XStringW& prompt) const;
@@ -415,18 +426,20 @@ public:
     std::vector<IZvClientDraw*> GetClientDrawers() const;
     const std::vector<IZvClientDraw*>& GetClientDrawersAll() const { return m_clientDrawers; }
 
-    // --- life --------------------------------------------------------------------------------------------------------------
+    // --- life ---------------------------------------------------------------------------------------------
     /// False while a command is busy (which is then told to cancel).
     bool CanDestroy();
-    /// Also while Purge empties the drawing: owners then let go of their entities without telling it about each.
+    /// Also while Purge empties the drawing: owners then let go of their entities without telling it about
+    /// each.
     bool Destroying() const { return m_destroying || m_emptying; }
     /// Makes this the application's current drawing.
     void MakeCurrentDrawing();
     static ZvDrawing* CurrentDrawing();
     /// Offers to save, then posts FatalError.
     void FatalError();
-    /// The database has become inconsistent: notes it, tells the user and ends the process rather than let a corrupt drawing be
-    /// saved. With a crash reporter set, reports "betacrash" to it and returns. Use through ZV_BETA_CRASH.
+    /// The database has become inconsistent: notes it, tells the user and ends the process rather than let a
+    /// corrupt drawing be saved. With a crash reporter set, reports "betacrash" to it and returns. Use
+    /// through ZV_BETA_CRASH.
     void BetaCrash(const char* text, const char* file, int line);
     using TerminateHook = std::function<void()>;
     using CrashReporter = std::function<void(std::string_view kind, std::string_view text)>;

@@ -72,7 +72,7 @@ void ZvDrawing::SerializeCurrent(ZvCore::BinXmlNode& node, bool write) {
     CurrentPropertiesChanged();
 }
 
-// --- the settings document -----------------------------------------------------------------------------------------
+// --- the settings document --------------------------------------------------------------------------------
 
 void ZvDrawing::StoreSettings(ZvCore::BinXmlNode& node) const {
     node.Set("Guid", m_guid.ToString());

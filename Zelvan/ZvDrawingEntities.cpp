@@ -70,7 +70,7 @@ bool ZvDrawing::FinalizeNewEntity(ZvEntity& entity, bool applyCurrent, XStringW*
     return entity.OkForInsertion(reason) && m_uiReactorHandler->MayCreate(entity, reason);
 }
 
-// --- all trees -----------------------------------------------------------------------------------------------------
+// --- all trees --------------------------------------------------------------------------------------------
 
 void ZvDrawing::ForEachTree(const std::function<void(ZvBNode&)>& visit) const {
     for (int i = 0; m_layerTable && i < m_layerTable->Count(); ++i)
@@ -98,7 +98,7 @@ void ZvDrawing::Regenerate(bool deep) {
     Invalidate(ZvBounds3D::SuperBounds());
 }
 
-// --- erased entities and memory ------------------------------------------------------------------------------------
+// --- erased entities and memory ---------------------------------------------------------------------------
 
 void ZvDrawing::PurgeErased() {
     const std::set<uint32_t> inUse = m_verbs->EntitiesInUse();
@@ -120,8 +120,9 @@ size_t ZvDrawing::HeapLiveBytes() const {
     return marks.liveBytes;
 }
 
-/// Moves every block out of the arena and gives it back, when less than half of it is in use. Entities that are in no tree may
-/// have blocks there, too, and only verbs and the temporary data keep such entities: while they hold any, nothing is moved.
+/// Moves every block out of the arena and gives it back, when less than half of it is in use. Entities that
+/// are in no tree may have blocks there, too, and only verbs and the temporary data keep such entities: while
+/// they hold any, nothing is moved.
 void ZvDrawing::CompactEntityHeap() {
     if (m_verbs->StackSize() > 0 || !m_temporaryData->Entities().empty() || m_entityHeap->BytesUsed() == 0 ||
         HeapLiveBytes() >= m_entityHeap->BytesUsed() / 2)

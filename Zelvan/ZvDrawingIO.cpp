@@ -46,7 +46,7 @@ const ZvFileFormat* ZvDrawingIO::GetLastFormat() const {
     return m_lastFormat.empty() ? nullptr : m_drawing.FileFormats().GetFormatById(m_lastFormat);
 }
 
-// --- dirty tracking ------------------------------------------------------------------------------------------------
+// --- dirty tracking ---------------------------------------------------------------------------------------
 
 void ZvDrawingIO::ResetSaveTime() {
     m_suppressUntil = DateTime::FromUtc(2000, 1, 1);
@@ -75,7 +75,7 @@ void ZvDrawingIO::ShowSaveErrors(const IOErrorSet& errors) {
     m_drawing.Dialogs()->ShowSaveErrors(errors);
 }
 
-// --- loading -------------------------------------------------------------------------------------------------------
+// --- loading ----------------------------------------------------------------------------------------------
 
 void ZvDrawingIO::ApplyLoadFlags(uint32_t flags, ZvFileOptions& options) {
     options.providerOption = flags & ZvIOFlag::ProviderOption;
@@ -179,7 +179,7 @@ void ZvDrawingIO::PostLoadRunScheduledActions() {
         action(m_drawing);
 }
 
-// --- the view goes with the drawing --------------------------------------------------------------------------------
+// --- the view goes with the drawing -----------------------------------------------------------------------
 
 void ZvDrawingIO::StoreCurrentView() {
     const ZvView* view = m_drawing.GetCurrentView();

@@ -29,11 +29,12 @@ enum : uint32_t {
 };
 }
 
-/// Drives loading and saving of one drawing: chooses the format, saves through a temporary file, tracks whether the drawing is
-/// dirty.
+/// Drives loading and saving of one drawing: chooses the format, saves through a temporary file, tracks
+/// whether the drawing is dirty.
 ///
-/// Saving over an existing file: (1) the new content goes to a temporary file beside the target, flushed to disk; (2) it is read
-/// back and checked; (3) it takes the target's name in one step. A failure in (1) or (2) leaves the target as it was.
+/// Saving over an existing file: (1) the new content goes to a temporary file beside the target, flushed to
+/// disk; (2) it is read back and checked; (3) it takes the target's name in one step. A failure in (1) or (2)
+/// leaves the target as it was.
 class ZV_API ZvDrawingIO {
 public:
     explicit ZvDrawingIO(ZvDrawing& drawing);
@@ -41,7 +42,7 @@ public:
     ZvDrawingIO(const ZvDrawingIO&) = delete;
     ZvDrawingIO& operator=(const ZvDrawingIO&) = delete;
 
-    // --- loading. Errors are added to `errors` (may be null) and shown unless Quiet -------------------------------------------
+    // --- loading. Errors are added to `errors` (may be null) and shown unless Quiet -----------------------
     Zv::Status LoadFile(const std::filesystem::path& file, uint32_t flags = 0, IOErrorSet* errors = nullptr,
                         const ZvFileOptions* options = nullptr);
     /// The native format, whatever the name's extension.
@@ -54,7 +55,7 @@ public:
     /// Work to run once after the next load, successful or not.
     void AddPostLoadScheduledAction(std::function<void(ZvDrawing&)> action);
 
-    // --- saving ----------------------------------------------------------------------------------------------------------------
+    // --- saving -------------------------------------------------------------------------------------------
     /// `format` null: by the name's extension, else native. NotStarted when the save could not begin.
     Zv::Status SaveFile(const std::filesystem::path& file, const ZvFileFormat* format = nullptr,
                         uint32_t flags = 0, IOErrorSet* errors = nullptr,
@@ -68,14 +69,14 @@ public:
     bool IsFileLoadBusy() const { return m_loading > 0; }
     bool IsFileSaveBusy() const { return m_saving > 0; }
 
-    // --- name and format --------------------------------------------------------------------------------------------------------
+    // --- name and format ----------------------------------------------------------------------------------
     void SetDrawingFileName(const std::filesystem::path& file) { m_fileName = file; }
     void ForgetDrawingFileName() { m_fileName.clear(); }
     const std::filesystem::path& DrawingFileName() const { return m_fileName; }
     /// What the drawing was last read or written with; null when neither, or when its provider is gone.
     const ZvFileFormat* GetLastFormat() const;
 
-    // --- dirty tracking ---------------------------------------------------------------------------------------------------------
+    // --- dirty tracking -----------------------------------------------------------------------------------
     /// A dirty child layout makes its parent dirty.
     void SetDrawingDirty(bool dirty);
     /// False while the time is before the suppression stamp.

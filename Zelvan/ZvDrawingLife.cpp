@@ -61,7 +61,7 @@ void ZvDrawing::Stats() {
     Prompt(XStringW::Format(ZvStrings::Get(ZvStr::VerbMemory), int(m_verbs->MemUsage() >> 10)));
 }
 
-// --- time ----------------------------------------------------------------------------------------------------------
+// --- time -------------------------------------------------------------------------------------------------
 
 int ZvDrawing::ResumeAutoCleanup() {
     m_cleanupSuspended -= m_cleanupSuspended > 0;
@@ -99,7 +99,7 @@ void ZvDrawing::Cleanup(bool force) {
     StampCleanup();
 }
 
-// --- the end -------------------------------------------------------------------------------------------------------
+// --- the end ----------------------------------------------------------------------------------------------
 
 bool ZvDrawing::CanDestroy() {
     if (!m_processor || !m_processor->IsBusy())

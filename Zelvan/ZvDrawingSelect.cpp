@@ -41,7 +41,7 @@ bool IsPickable(const ZvEntity& entity) {
 
 } // namespace
 
-// --- finding -------------------------------------------------------------------------------------------------------
+// --- finding ----------------------------------------------------------------------------------------------
 
 void ZvDrawing::FindEntities(const ZvBounds2D& box, std::vector<ZvEntity*>& found) const {
     FindEntities(box, found, Find());
@@ -84,7 +84,7 @@ ZvEntity* ZvDrawing::FindClosest(const Vec3d& point, double radius, double* dist
     return closest;
 }
 
-// --- the Select family ---------------------------------------------------------------------------------------------
+// --- the Select family ------------------------------------------------------------------------------------
 
 int ZvDrawing::AddFiltered(const std::vector<ZvEntity*>& found, ZvSelection& selection) const {
     const int before = selection.Count();
@@ -165,7 +165,7 @@ int ZvDrawing::SelectClipper(const std::vector<Vec2d>& polygon, bool crossing, Z
     return AddFiltered(found, selection);
 }
 
-// --- the current selection -----------------------------------------------------------------------------------------
+// --- the current selection --------------------------------------------------------------------------------
 
 bool ZvDrawing::ChangeSelection(const ZvSelection& selection) {
     if (&selection == m_selection.get() || m_selection->Equals(selection))

@@ -65,7 +65,7 @@ void ZvDrawing::Purge() {
     PostEvent(ZvDrawingEvent::Purged);
 }
 
-// --- usage ---------------------------------------------------------------------------------------------------------
+// --- usage ------------------------------------------------------------------------------------------------
 
 void ZvDrawing::GatherUsageInfo(ZvUsageTable& usage, const ZvSelection* selection) const {
     if (selection) {

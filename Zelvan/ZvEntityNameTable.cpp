@@ -136,7 +136,7 @@ void ZvEntityNameTable::Store(uint64_t name, ZvEntity* entity) {
     ++m_count;
 }
 
-// --- free ranges ---------------------------------------------------------------------------------------------------
+// --- free ranges ------------------------------------------------------------------------------------------
 
 void ZvEntityNameTable::FindEmptyRange() {
     if (double(m_slotCount) > 2.0 * double(m_count) && FindFreedRange(kShortestRange))
@@ -153,8 +153,8 @@ void ZvEntityNameTable::FindEmptyRange() {
                   (long long)m_limit);
 }
 
-/// Takes the first run of at least kRange empty slots, else the first of at least half that, and so on down to
-/// `shortest`: one pass finds the first run for each of the lengths.
+/// Takes the first run of at least kRange empty slots, else the first of at least half that, and so on down
+/// to `shortest`: one pass finds the first run for each of the lengths.
 bool ZvEntityNameTable::FindFreedRange(uint64_t shortest) {
     struct Run {
         uint64_t first = 0, last = 0;
@@ -192,7 +192,7 @@ uint64_t ZvEntityNameTable::HighestOccupied() const {
     return 0;
 }
 
-// --- look-up and iteration -----------------------------------------------------------------------------------------
+// --- look-up and iteration --------------------------------------------------------------------------------
 
 ZvEntity* ZvEntityNameTable::ReportMissing(ZvName) const {
     ZvErrors::Report(ZvErrorCode::NameTable, "ZvEntityNameTable.Get");

@@ -9,11 +9,12 @@
 
 class ZvEntity;
 
-/// Identity table of one drawing: slot i holds the entity whose name is i. Slot 0 is always empty. Owns nothing.
+/// Identity table of one drawing: slot i holds the entity whose name is i. Slot 0 is always empty. Owns
+/// nothing.
 ///
 /// Invariant: every slot from the cursor to the limit, both included, is empty.
-/// Names are handed out in increasing order within a range; a freed name comes back only when a later search finds a
-/// long run of empty slots.
+/// Names are handed out in increasing order within a range; a freed name comes back only when a later search
+/// finds a long run of empty slots.
 class ZV_API ZvEntityNameTable {
 public:
     static constexpr uint64_t kRange = 0x100000;       ///< names in a fresh range
@@ -24,23 +25,25 @@ public:
     ZvEntityNameTable(const ZvEntityNameTable&) = delete;
     ZvEntityNameTable& operator=(const ZvEntityNameTable&) = delete;
 
-    /// Gives the entity the next name. Null entities report an error; so does a table without a free name or without
-    /// memory (the entity then keeps the null name).
+    /// Gives the entity the next name. Null entities report an error; so does a table without a free name or
+    /// without memory (the entity then keeps the null name).
     ZvName Add(ZvEntity* entity);
-    /// Registers the entity under the name that it carries. A null or taken name, or one that is implausibly high
+    /// Registers the entity under the name that it carries. A null or taken name, or one that is implausibly
+    /// high
     /// (see Reserve), gives it a fresh name instead. Answers the name that it has afterwards.
     ZvName Update(ZvEntity* entity);
-    /// Puts another entity (or null) into an occupied slot. An empty slot reports an error and takes the entity anyway.
+    /// Puts another entity (or null) into an occupied slot. An empty slot reports an error and takes the
+    /// entity anyway.
     void Update(ZvName name, ZvEntity* entity);
-    /// Frees the entity's slot and its bits; the entity keeps its name. Null, out of range or not the slot's entity:
-    /// reports an error, changes nothing and answers false.
+    /// Frees the entity's slot and its bits; the entity keeps its name. Null, out of range or not the slot's
+    /// entity: reports an error, changes nothing and answers false.
     bool Remove(ZvEntity* entity);
     /// Forgets everything and starts anew with name 1.
     void Clear();
 
-    /// Announces names up to `highestName` (from a file: its number of records or its highest stored name, whichever
-    /// the reader trusts). Slots are made at once; names above twice that (or twice the current range) count as
-    /// implausible in Update. False when there is no memory.
+    /// Announces names up to `highestName` (from a file: its number of records or its highest stored name,
+    /// whichever the reader trusts). Slots are made at once; names above twice that (or twice the current
+    /// range) count as implausible in Update. False when there is no memory.
     bool Reserve(uint64_t highestName);
 
     /// Reports an error when there is no entity of that name.

@@ -16,8 +16,8 @@ public:
     /// The program's server.
     static ZvFileFormatServer& Application();
 
-    /// The provider stays the caller's and must unregister before it dies. False when it is registered already or a format's
-    /// id is taken.
+    /// The provider stays the caller's and must unregister before it dies. False when it is registered
+    /// already or a format's id is taken.
     bool RegisterProvider(IZvFileProvider* provider);
     bool UnRegisterProvider(IZvFileProvider* provider);
 
@@ -25,14 +25,15 @@ public:
     /// Formats that can be loaded or saved, of one provider or (null) of all, in the order of registration.
     std::vector<const ZvFileFormat*> FileFormatInList(const IZvFileProvider* provider = nullptr) const;
     std::vector<const ZvFileFormat*> FileFormatOutList(const IZvFileProvider* provider = nullptr) const;
-    /// The format for a file name by its extension, a loadable one before one that can only be saved; null when none matches.
+    /// The format for a file name by its extension, a loadable one before one that can only be saved; null
+    /// when none matches.
     const ZvFileFormat* GetFormat(const std::filesystem::path& file) const;
     const ZvFileFormat* GetSaveFormat(const std::filesystem::path& file) const;
     const ZvFileFormat* GetFormatById(const std::string& id) const;
     const ZvFileFormat* GetNativeLoadFormat() const;
     const ZvFileFormat* GetNativeSaveFormat() const;
-    /// Extensions for the save dialog, each once, native first, with the dot. A save format without an extension is left out
-    /// with "Save formats need proper extension" in the log.
+    /// Extensions for the save dialog, each once, native first, with the dot. A save format without an
+    /// extension is left out with "Save formats need proper extension" in the log.
     std::vector<std::string> FileFormatOutExtensions() const;
 
 private:

@@ -5,11 +5,13 @@
 #include <string>
 #include <utility>
 
-/// What a load or save in a format could not carry over unchanged: filled by the format's provider, shown to the user.
+/// What a load or save in a format could not carry over unchanged: filled by the format's provider, shown to
+/// the user.
 class ZV_API ZvLossReport {
 public:
     enum class Fate { Kept, Approximated, Dropped };
-    /// `reason` is one plain sentence part ("arcs written as 72 straight segments"); equal reasons are counted.
+    /// `reason` is one plain sentence part ("arcs written as 72 straight segments"); equal reasons are
+    /// counted.
     void Add(Fate fate, std::string reason, int64_t count = 1);
     bool IsLossless() const;
     int64_t Total(Fate fate) const;

@@ -2,8 +2,9 @@
 #include "Zelvan/IZvFileProvider.h"
 #include "ZvCore/Api.h"
 
-/// The native drawing files as one provider among the others. Options by name: "CompressionLevel", "PurgeUnused", "SelectionOnly",
-/// "Preview", "BlockDigests", "SkipChecksum", "Merge" (load into what the drawing holds).
+/// The native drawing files as one provider among the others. Options by name: "CompressionLevel",
+/// "PurgeUnused", "SelectionOnly", "Preview", "BlockDigests", "SkipChecksum", "Merge" (load into what the
+/// drawing holds).
 class ZV_API ZvNativeProvider final : public IZvFileProvider {
 public:
     static constexpr const char* kFormatId = "zvd";

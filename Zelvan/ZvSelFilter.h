@@ -11,8 +11,8 @@ namespace ZvCore {
 class BinXmlNode;
 }
 
-/// Removes from selections the entities that do not match its criteria. States form a stack, so that a command can narrow the
-/// filter for a while. A reset of the drawing resets the filter.
+/// Removes from selections the entities that do not match its criteria. States form a stack, so that a
+/// command can narrow the filter for a while. A reset of the drawing resets the filter.
 class ZV_API ZvSelFilter : public ZvcIEventListener {
 public:
     /// `listen`: hear the drawing's events.

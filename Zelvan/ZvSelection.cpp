@@ -60,7 +60,7 @@ ZvSelection ZvSelection::Single(ZvEntity* entity) {
     return selection;
 }
 
-// --- insertion -----------------------------------------------------------------------------------------------------
+// --- insertion --------------------------------------------------------------------------------------------
 
 bool ZvSelection::Insert(const ZvEntity* entity) {
     if (!entity || entity->Name32() == 0)
@@ -131,7 +131,7 @@ void ZvSelection::Changed() {
     m_boundsValid = m_layersValid = false;
 }
 
-// --- removal -------------------------------------------------------------------------------------------------------
+// --- removal ----------------------------------------------------------------------------------------------
 
 /// Keeps the members for which `keep(name)` holds, in their order; answers how many went.
 template <class Keep>
@@ -209,7 +209,7 @@ int ZvSelection::CropToVisibleNonErased() {
            CropInvisibleEntities();
 }
 
-// --- membership ----------------------------------------------------------------------------------------------------
+// --- membership -------------------------------------------------------------------------------------------
 
 bool ZvSelection::Contains(const ZvName& name) const {
     if (m_names.size() < kIndexThreshold)
@@ -275,7 +275,7 @@ void ZvSelection::GetAll(std::vector<ZvEntity*>& entities) const {
         entities.push_back(GetEntityQuietNoCheck(i));
 }
 
-// --- what the members have in common -------------------------------------------------------------------------------
+// --- what the members have in common ----------------------------------------------------------------------
 
 ZvBounds3D ZvSelection::GetBounds(const ZvScaleSetup* scale) const {
     if (!scale && m_boundsValid)
@@ -346,7 +346,7 @@ void ZvSelection::FilterEntities(const std::set<uint32_t>& types) {
     });
 }
 
-// --- set operations ------------------------------------------------------------------------------------------------
+// --- set operations ---------------------------------------------------------------------------------------
 
 bool ZvSelection::Equals(const ZvSelection& other) const {
     return m_drawing == other.m_drawing && m_names.size() == other.m_names.size() &&
@@ -414,7 +414,7 @@ void ZvSelection::ReorderSpatialCurve() {
         m_names[i] = order[i].second;
 }
 
-// --- the drawing's current selection -------------------------------------------------------------------------------
+// --- the drawing's current selection ----------------------------------------------------------------------
 
 void ZvSelection::AssignToDrawing() {
     if (!m_drawing || m_assigned)

@@ -24,8 +24,8 @@ enum class ZvSetCombineModes : int {
     OnlyB = 6,
 };
 
-/// An ordered set of entities of one drawing. Holds names, so it survives entities that are deleted and made again;
-/// entities are looked up in the drawing when asked for.
+/// An ordered set of entities of one drawing. Holds names, so it survives entities that are deleted and made
+/// again; entities are looked up in the drawing when asked for.
 class ZV_API ZvSelection {
 public:
     /// From this many members on, a bit tree answers membership instead of a scan.
@@ -46,7 +46,8 @@ public:
     /// Raised by every Clear and every successful insertion.
     uint32_t ChangeCount() const { return m_changeCount; }
 
-    // --- insertion: true when the member is new. Without a drawing, error 10039 is reported and the entity's is taken. ---
+    // --- insertion: true when the member is new. Without a drawing, error 10039 is reported and the entity's
+    // is taken. ---
     bool Insert(const ZvEntity* entity);
     bool Insert(const ZvName& name);
     bool InsertIfExists(const ZvName& name);
@@ -54,11 +55,12 @@ public:
     void Insert(const ZvSelection& other);
     /// Leaves out names without an entity; answers how many were inserted.
     int InsertCheckNulls(const ZvSelection& other);
-    /// Between these (they nest) the caller guarantees that nothing is inserted twice and no duplicates are looked for.
+    /// Between these (they nest) the caller guarantees that nothing is inserted twice and no duplicates are
+    /// looked for.
     void BeginUniqueInsertion();
     void FinishUniqueInsertion();
 
-    // --- removal, order kept ---------------------------------------------------------------------------------------------
+    // --- removal, order kept ------------------------------------------------------------------------------
     bool Remove(const ZvName& name);
     bool Remove(const ZvEntity* entity);
     void Remove(int count, const ZvEntity* const* list);
@@ -72,7 +74,7 @@ public:
     /// Keeps what exists, is visible and is not erased.
     int CropToVisibleNonErased();
 
-    // --- queries ---------------------------------------------------------------------------------------------------------
+    // --- queries ------------------------------------------------------------------------------------------
     int Count() const { return int(m_names.size()); }
     bool IsEmpty() const { return m_names.empty(); }
     bool Contains(const ZvName& name) const;
@@ -82,8 +84,8 @@ public:
     /// Whether the member still names an entity.
     bool Check(int index) const;
     bool Check(const ZvName& name) const;
-    /// Null with an error report for a bad index or a name without an entity; the quiet forms do not report, and the
-    /// unchecked one wants a valid index.
+    /// Null with an error report for a bad index or a name without an entity; the quiet forms do not report,
+    /// and the unchecked one wants a valid index.
     ZvEntity* GetEntity(int index) const;
     ZvEntity* GetEntityQuiet(int index) const;
     ZvEntity* GetEntityQuietNoCheck(int index) const;
@@ -92,7 +94,8 @@ public:
     void GetValidEntities(std::vector<ZvEntity*>& entities) const;
     /// One entry a member, null where there is no entity.
     void GetAll(std::vector<ZvEntity*>& entities) const;
-    /// Union of the members' bounds, cached until the set changes or RecalcBounds; not cached with a scale setup.
+    /// Union of the members' bounds, cached until the set changes or RecalcBounds; not cached with a scale
+    /// setup.
     ZvBounds3D GetBounds(const ZvScaleSetup* scale = nullptr) const;
     void RecalcBounds();
     /// Full codes of the members' kinds.
@@ -116,7 +119,7 @@ public:
     /// Orders the members along a space-filling curve through the centres of their bounds.
     void ReorderSpatialCurve();
 
-    // --- the drawing's current selection -----------------------------------------------------------------------------------
+    // --- the drawing's current selection ------------------------------------------------------------------
     /// Marks the members as selected; called by the drawing for its current selection.
     void AssignToDrawing();
     void ClearFromDrawing();

@@ -5,7 +5,8 @@
 class ZvDrawing;
 class ZvEntity;
 
-/// A plug-in's say in what a user does to a drawing. Each question may be vetoed by answering false; `reason` is then shown.
+/// A plug-in's say in what a user does to a drawing. Each question may be vetoed by answering false; `reason`
+/// is then shown.
 class ZV_API IZvDrawingUIReactor {
 public:
     virtual ~IZvDrawingUIReactor() = default;

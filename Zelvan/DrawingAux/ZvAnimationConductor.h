@@ -19,7 +19,8 @@ public:
     ZvAnimationConductor(const ZvAnimationConductor&) = delete;
     ZvAnimationConductor& operator=(const ZvAnimationConductor&) = delete;
 
-    /// `now`: seconds of a monotonic clock. The first Advance comes with the next tick. Answers a number for Stop, never 0.
+    /// `now`: seconds of a monotonic clock. The first Advance comes with the next tick. Answers a number for
+    /// Stop, never 0.
     int Start(std::unique_ptr<IZvAnimation> animation, double now);
     /// False when it has ended. An animation may stop itself or others while it advances.
     bool Stop(int id);

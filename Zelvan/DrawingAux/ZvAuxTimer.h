@@ -14,7 +14,8 @@ public:
 
     int PeriodMs() const { return m_periodMs; }
     int Ticks() const { return m_ticks; }
-    /// True when it called back. Periods that were missed count once; calls from within the callback do nothing.
+    /// True when it called back. Periods that were missed count once; calls from within the callback do
+    /// nothing.
     bool Poll(double now);
 
 private:

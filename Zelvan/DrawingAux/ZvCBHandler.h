@@ -15,12 +15,13 @@ public:
     using Arguments = std::vector<Value>;
     using Callback = std::function<Value(const Arguments&)>;
 
-    /// Several callbacks may have one name. Answers a number for Unregister, never 0 (0 for an empty callback).
+    /// Several callbacks may have one name. Answers a number for Unregister, never 0 (0 for an empty
+    /// callback).
     int Register(std::string name, Callback callback);
     bool Unregister(int id);
     bool Has(std::string_view name) const;
-    /// Calls all of that name in order of registration; the result is the last one's. False when there is none. Callbacks may
-    /// register and unregister meanwhile; new ones are not called.
+    /// Calls all of that name in order of registration; the result is the last one's. False when there is
+    /// none. Callbacks may register and unregister meanwhile; new ones are not called.
     bool Call(std::string_view name, const Arguments& arguments = {}, Value* result = nullptr) const;
     int Count() const { return int(m_callbacks.size()); }
 

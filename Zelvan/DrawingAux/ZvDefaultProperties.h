@@ -10,8 +10,8 @@ namespace ZvCore {
 class BinXmlNode;
 }
 
-/// Values that new entities of a kind start with, by property identifier, over what the kind itself gives them. Travels in the
-/// drawing's file.
+/// Values that new entities of a kind start with, by property identifier, over what the kind itself gives
+/// them. Travels in the drawing's file.
 class ZV_API ZvDefaultProperties {
 public:
     /// `fullCode` 0: all kinds; a value for the kind itself comes before it.

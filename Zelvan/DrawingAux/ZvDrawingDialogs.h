@@ -9,13 +9,14 @@
 class ZvDrawing;
 class ZvFileFormat;
 
-/// The questions that a drawing asks by itself, with their exact texts, through its host. Without a host: default answers, texts
-/// to the log.
+/// The questions that a drawing asks by itself, with their exact texts, through its host. Without a host:
+/// default answers, texts to the log.
 class ZV_API ZvDrawingDialogs {
 public:
     explicit ZvDrawingDialogs(ZvDrawing& drawing) : m_drawing(drawing) {}
 
-    /// Empty when cancelled. `includeUnused` and `customMerge` take the state of the dialog's options when given.
+    /// Empty when cancelled. `includeUnused` and `customMerge` take the state of the dialog's options when
+    /// given.
     std::vector<std::filesystem::path> AskOpen(bool many, bool* includeUnused = nullptr,
                                                bool* customMerge = nullptr);
     /// The name has an extension of a save format. Empty when cancelled.

@@ -13,8 +13,8 @@ namespace ZvCore {
 class BinXmlNode;
 }
 
-/// Pairs of entities that belong together (a dimension and what it measures, an area and its label), by name, without order.
-/// Entities with a partner carry the associated flag.
+/// Pairs of entities that belong together (a dimension and what it measures, an area and its label), by name,
+/// without order. Entities with a partner carry the associated flag.
 class ZV_API ZvEntityAssociator {
 public:
     explicit ZvEntityAssociator(ZvDrawing& drawing) : m_drawing(drawing) {}
@@ -35,8 +35,8 @@ public:
     /// While a file is read names are still the file's: such pairs wait for CommitDelayed.
     void AddDelayed(ZvName a, ZvName b) { m_delayed.emplace_back(a.value, b.value); }
     size_t DelayedCount() const { return m_delayed.size(); }
-    /// Makes the waiting pairs, names translated through the file's descriptor when there is one. Pairs whose entities do not
-    /// exist are dropped; answers how many were made.
+    /// Makes the waiting pairs, names translated through the file's descriptor when there is one. Pairs whose
+    /// entities do not exist are dropped; answers how many were made.
     int CommitDelayed(const ZvNativeDesc* desc);
 
     void Store(ZvCore::BinXmlNode& node) const;

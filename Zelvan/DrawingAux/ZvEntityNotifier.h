@@ -25,7 +25,8 @@ public:
     ZvEntityNotifier(const ZvEntityNotifier&) = delete;
     ZvEntityNotifier& operator=(const ZvEntityNotifier&) = delete;
 
-    /// False when either has no name, both are the same, or the subscription exists. The subscriber is flagged.
+    /// False when either has no name, both are the same, or the subscription exists. The subscriber is
+    /// flagged.
     bool Subscribe(ZvEntity& subscriber, ZvName watched);
     bool Unsubscribe(ZvEntity& subscriber, ZvName watched);
     /// Ends all subscriptions of the entity.
@@ -34,8 +35,9 @@ public:
     bool IsWatched(ZvName watched) const { return m_watchers.count(watched.value) != 0; }
     size_t Count() const;
 
-    /// Calls `ZvEntity::Notify` of every subscriber that still exists, in the order of subscription. A change of an entity made
-    /// while it is itself being told of a change (a ring of subscriptions) is not passed on again.
+    /// Calls `ZvEntity::Notify` of every subscriber that still exists, in the order of subscription. A change
+    /// of an entity made while it is itself being told of a change (a ring of subscriptions) is not passed on
+    /// again.
     void Tell(ZvName who, int what);
     void Clear();
 

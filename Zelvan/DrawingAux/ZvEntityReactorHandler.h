@@ -3,8 +3,8 @@
 #include "Zelvan/DrawingAux/ZvReactorList.h"
 #include "ZvCore/Api.h"
 
-/// Passes what happens to entities on to the reactors registered with a drawing, and to the subscribers among the entities.
-/// Costs a test of two flags when nobody listens. Bulk loads do not go through it.
+/// Passes what happens to entities on to the reactors registered with a drawing, and to the subscribers among
+/// the entities. Costs a test of two flags when nobody listens. Bulk loads do not go through it.
 class ZV_API ZvEntityReactorHandler {
 public:
     explicit ZvEntityReactorHandler(ZvDrawing& drawing) : m_drawing(drawing) {}

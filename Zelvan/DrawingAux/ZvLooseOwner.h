@@ -2,8 +2,8 @@
 #include "Zelvan/Entities/ZvEntityOwner.h"
 #include "ZvCore/Api.h"
 
-/// Lends its drawing to entities that are in none, so that decisions which depend on the drawing (the precision of packed
-/// vertices) can be made before insertion. Keeps nothing and passes nothing on.
+/// Lends its drawing to entities that are in none, so that decisions which depend on the drawing (the
+/// precision of packed vertices) can be made before insertion. Keeps nothing and passes nothing on.
 class ZV_API ZvLooseOwner final : public IZvEntityOwner {
 public:
     explicit ZvLooseOwner(ZvDrawing& drawing) : m_drawing(drawing) {}

@@ -10,8 +10,9 @@ class ZvEntity;
 class ZvLayer;
 class ZvSelection;
 
-/// Direct changes of selected entities: what verbs and scripts are made of. Nothing here can be undone by itself. Erased entities,
-/// entities on locked or uneditable layers, and those for which a plug-in vetoes are left as they are and counted.
+/// Direct changes of selected entities: what verbs and scripts are made of. Nothing here can be undone by
+/// itself. Erased entities, entities on locked or uneditable layers, and those for which a plug-in vetoes are
+/// left as they are and counted.
 class ZV_API ZvModOps {
 public:
     explicit ZvModOps(ZvDrawing& drawing) : m_drawing(drawing) {}

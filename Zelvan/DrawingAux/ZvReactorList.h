@@ -2,7 +2,8 @@
 #include <algorithm>
 #include <vector>
 
-/// Observed listeners in order of registration. Listeners may join and leave, themselves or others, while being called.
+/// Observed listeners in order of registration. Listeners may join and leave, themselves or others, while
+/// being called.
 template <class Reactor>
 class ZvReactorList {
 public:
@@ -32,7 +33,8 @@ public:
             m_list.clear();
     }
 
-    /// Calls `call(reactor)` for each until one answers false; false when one did. Those that join meanwhile are not called.
+    /// Calls `call(reactor)` for each until one answers false; false when one did. Those that join meanwhile
+    /// are not called.
     template <class Call>
     bool All(Call call) {
         bool all = true;

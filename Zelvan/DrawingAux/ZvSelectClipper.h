@@ -15,8 +15,8 @@ public:
     bool IsValid() const { return m_valid; }
     const ZvBounds2D& Bounds() const { return m_bounds; }
     bool Contains(const Vec2d& point) const;
-    /// By the entity's vertices and segments; entities without any by the corners of their bounds. An area around the polygon counts
-    /// as crossing when its interior can be selected.
+    /// By the entity's vertices and segments; entities without any by the corners of their bounds. An area
+    /// around the polygon counts as crossing when its interior can be selected.
     ZvClipResult Test(const ZvEntity& entity) const;
 
 private:

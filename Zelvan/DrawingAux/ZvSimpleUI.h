@@ -6,8 +6,8 @@
 
 class ZvDrawing;
 
-/// What code without a command of its own needs of the user: messages, a yes or no, progress. Works without a host: texts go to
-/// the log, questions get their default answer.
+/// What code without a command of its own needs of the user: messages, a yes or no, progress. Works without a
+/// host: texts go to the log, questions get their default answer.
 class ZV_API ZvSimpleUI {
 public:
     explicit ZvSimpleUI(const ZvDrawing& drawing) : m_drawing(drawing) {}

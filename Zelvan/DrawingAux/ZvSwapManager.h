@@ -7,7 +7,8 @@
 
 class ZvDrawing;
 
-/// Something whose content can leave memory and come back by itself when it is needed (pixels of a raster image, a packed tree).
+/// Something whose content can leave memory and come back by itself when it is needed (pixels of a raster
+/// image, a packed tree).
 class ZV_API IZvSwappable {
 public:
     virtual ~IZvSwappable() = default;
@@ -19,8 +20,8 @@ public:
     virtual bool SwapOut(ZvSwapFile& file) = 0;
 };
 
-/// Keeps the memory of a drawing within a budget: first by giving back garbage of the arena, then by swapping out what was not used
-/// for the longest time. Entities themselves stay: names and undo point at them.
+/// Keeps the memory of a drawing within a budget: first by giving back garbage of the arena, then by swapping
+/// out what was not used for the longest time. Entities themselves stay: names and undo point at them.
 class ZV_API ZvSwapManager {
 public:
     explicit ZvSwapManager(ZvDrawing& drawing) : m_drawing(drawing) {}

@@ -8,8 +8,8 @@
 class ZvDrawing;
 class ZvEntity;
 
-/// The sink for entities that are only drawn (previews, ghosts of a drag): they are in no tree, have no name and never reach
-/// a file. Owned until they are taken back or cleared.
+/// The sink for entities that are only drawn (previews, ghosts of a drag): they are in no tree, have no name
+/// and never reach a file. Owned until they are taken back or cleared.
 class ZV_API ZvTemporaryData {
 public:
     explicit ZvTemporaryData(ZvDrawing& drawing);

@@ -185,7 +185,7 @@ void ZvVerbStack::Repaint(const ZvVerb& verb) {
         processor->UpdateGrips();
 }
 
-// --- what is on the stack ------------------------------------------------------------------------------------------
+// --- what is on the stack ---------------------------------------------------------------------------------
 
 size_t ZvVerbStack::MemUsage() const {
     size_t bytes = 0;

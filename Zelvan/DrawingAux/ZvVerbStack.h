@@ -12,9 +12,9 @@ class ZvVerb;
 
 /// Runs the verbs of a drawing and keeps the done ones for undo and redo, within a memory budget.
 ///
-/// Invariants: verbs below the current position are done, those at and above it undone; between operations the busy counter is 0.
-/// Not re-entrant: DoVerb, Undo and Redo called while one of them runs change nothing and fail; a purge asked for meanwhile runs
-/// when the outer operation ends.
+/// Invariants: verbs below the current position are done, those at and above it undone; between operations
+/// the busy counter is 0. Not re-entrant: DoVerb, Undo and Redo called while one of them runs change nothing
+/// and fail; a purge asked for meanwhile runs when the outer operation ends.
 class ZV_API ZvVerbStack {
 public:
     static constexpr int64_t kDefaultBudget =
@@ -26,8 +26,8 @@ public:
     ZvVerbStack(const ZvVerbStack&) = delete;
     ZvVerbStack& operator=(const ZvVerbStack&) = delete;
 
-    /// Takes the verb over. Answers its sequence number, 0 when the stack was busy or the verb did not stay on it. Verbs that were
-    /// undone can no longer be redone afterwards. A null verb answers 0.
+    /// Takes the verb over. Answers its sequence number, 0 when the stack was busy or the verb did not stay
+    /// on it. Verbs that were undone can no longer be redone afterwards. A null verb answers 0.
     int DoVerb(ZvVerb* verb);
     /// Both tell the user why when there is nothing to do.
     bool Undo();

@@ -10,11 +10,12 @@ class ZvDrawing;
 class ZvLayer;
 struct ZvScaleSetup;
 
-/// One undoable edit of a drawing. Belongs to the verb stack from DoVerb on. Holds names of entities, never their pointers, save
-/// for entities that it owns.
+/// One undoable edit of a drawing. Belongs to the verb stack from DoVerb on. Holds names of entities, never
+/// their pointers, save for entities that it owns.
 ///
-/// Do and Undo never free an entity: erasing flags it, undoing clears the flag. Entities are freed when the verb is flushed.
-/// The virtual operations stand in a fixed order (plug-ins depend on it): add new ones at the end only.
+/// Do and Undo never free an entity: erasing flags it, undoing clears the flag. Entities are freed when the
+/// verb is flushed. The virtual operations stand in a fixed order (plug-ins depend on it): add new ones at
+/// the end only.
 class ZV_API ZvVerb {
 public:
     enum class Kind : int {
