@@ -73,8 +73,8 @@ TEST_F(ZvSelectionTest, MembershipIsTheSameBeforeAndAfterTheIndexSwitch) {
         ASSERT_EQ(Names(selection), model);
         ASSERT_EQ(selection.IndexOf(ZvName(61)), -1);
     }
-    if (!model.empty())
-        EXPECT_EQ(selection.IndexOf(ZvName(model.back())), int(model.size()) - 1);
+    ASSERT_FALSE(model.empty());
+    EXPECT_EQ(selection.IndexOf(ZvName(model.back())), int(model.size()) - 1);
 }
 
 TEST_F(ZvSelectionTest, UniqueInsertionNestsAndLeavesMembershipRight) {
