@@ -172,19 +172,6 @@ void ZvXLine::DeserializeHard() {
     m_xflags &= uint8_t(~kDataIsSwapped);
 }
 
-size_t ZvXLine::SerializeHardSize() const {
-    return ZvFilledEntity::SerializeHardSize() + BytesOfData();
-}
-
-bool ZvXLine::SerializeHard(uint8_t* buffer, size_t size) const {
-    const size_t base = ZvFilledEntity::SerializeHardSize(), block = BytesOfData();
-    if (size < base + block || !ZvFilledEntity::SerializeHard(buffer, size))
-        return false;
-    if (block)
-        std::memcpy(buffer + base, m_data, block);
-    return true;
-}
-
 void ZvXLine::GC_Mark(ZvHeapMarks& marks) const {
     if (DataIsSwapped())
         marks.Mark(m_data, BytesOfData());

@@ -388,6 +388,7 @@ private:
     bool NativeInOld(ZvNativeDesc& desc, const OldForm& form);
     static bool ReadNativeHeader(ZvNativeDesc& desc, uint8_t* header, size_t wanted);
     bool IsBlockSound() const;
+    void StoreNativeHeader(uint8_t* header) const;
     template <int8_t Kind>
     static std::unique_ptr<ZvEntity> MakeOld();
 

@@ -6,6 +6,7 @@
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/ZvNativeDesc.h"
 #include "Zelvan/ZvNativeFile.h"
+#include "Zelvan/ZvNativeHeader.h"
 #include <cmath>
 #include <cstdlib>
 
@@ -49,11 +50,7 @@ float FiniteOrThin(float width) {
 
 } // namespace
 
-bool ZvXLine::NativeOut(ZvNativeDesc& desc) const {
-    const uint64_t start = desc.Native().StoreRecordStart();
-    if (NativeOutBase(desc, kPubKeepAsProxy))
-        return true;
-    uint8_t header[kNativeHeaderSize] = {};
+void ZvXLine::StoreNativeHeader(uint8_t* header) const {
     Store<uint16_t>(header, 0, kNativeHeaderSize);
     header[2] = uint8_t((IsPolygon() ? kFilePolygon : 0) | (HasZ() ? kFileZ : 0) | (HasM() ? kFileM : 0) |
                         (IsConvex() ? kFileConvex : 0) | (Is64() ? kFile64 | kFile64Again : 0) |
@@ -70,11 +67,42 @@ bool ZvXLine::NativeOut(ZvNativeDesc& desc) const {
     Store(header, 24, m_microLo);
     Store(header, 25, m_microHi);
     Store(header, 26, m_numParts);
+}
+
+bool ZvXLine::NativeOut(ZvNativeDesc& desc) const {
+    const uint64_t start = desc.Native().StoreRecordStart();
+    if (NativeOutBase(desc, kPubKeepAsProxy))
+        return true;
+    uint8_t header[kNativeHeaderSize];
+    StoreNativeHeader(header);
     const size_t size = BytesOfPureData();
     if (!desc.Write(header, sizeof header) || (size && !desc.Write(PureData(), size)))
         return true;
     desc.Native().WriteRecordLength64(start);
     return false;
+}
+
+size_t ZvXLine::SerializeHardSize() const {
+    return ZvNativeRecordHead::kSize + kNativeHeaderSize + BytesOfPureData();
+}
+
+// The file record, as in the base, but without a stream and without need of a drawing.
+bool ZvXLine::SerializeHard(uint8_t* buffer, size_t size) const {
+    if (size < SerializeHardSize())
+        return false;
+    ZvNativeRecordHead head;
+    head.length = SerializeHardSize();
+    head.client = GetClientCode();
+    head.type = GetEntityCode();
+    head.name = Name32();
+    head.colorValue = GetColor().NativeRGB();
+    head.colorIndex = int16_t(GetColor().GetIndex());
+    head.flags = GetFlags() | kPubKeepAsProxy;
+    head.Store(buffer);
+    StoreNativeHeader(buffer + ZvNativeRecordHead::kSize);
+    if (m_data)
+        std::memcpy(buffer + ZvNativeRecordHead::kSize + kNativeHeaderSize, PureData(), BytesOfPureData());
+    return true;
 }
 
 bool ZvXLine::NativeIn(ZvNativeDesc& desc) {
