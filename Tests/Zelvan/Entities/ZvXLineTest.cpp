@@ -89,7 +89,8 @@ TEST(XLine, BlockSizesFollowCountsAndModes) {
     // bytes: vertex size, dimensions, cache from 16 vertices up, origin, part table, triangles
     EXPECT_EQ(ZvXLine::BytesOfData(false, 1, 10, false, false, 0, 0), 4u * 2 * 9 + 16 + 4);
     EXPECT_EQ(ZvXLine::BytesOfData(true, 1, 10, false, false, 0, 0), 8u * 2 * 10 + 4);
-    EXPECT_EQ(ZvXLine::BytesOfData(false, 3, 40, true, true, 7, 2), 4u * 4 * (39 + 2 + 2) + 32 + 12 + 7 * 12 + 8);
+    EXPECT_EQ(ZvXLine::BytesOfData(false, 3, 40, true, true, 7, 2),
+              4u * 4 * (39 + 2 + 2) + 32 + 12 + 7 * 12 + 8);
     const size_t at15 = ZvXLine::BytesOfData(false, 1, 15, true, false, 0, 0);
     const size_t at16 = ZvXLine::BytesOfData(false, 1, 16, true, false, 0, 0);
     EXPECT_EQ(at16 - at15, 4u * 3 * 3) << "the 16th vertex brings the bounds cache";
@@ -167,10 +168,10 @@ TEST(XLine, ExponentsCoverTheExtentWithHeadroom) {
         bool is64;
         int exponent;
     } cases[] = {
-        {0, false, -128},       {1e-101, false, -128},    {1, false, 1},         {0.999, false, 0},
-        {1024, false, 11},      {1022, false, 10},        {1e38, false, 127},    {1e60, false, 127},
-        {1e-60, false, -128},   {1, true, 1},             {0.999, true, 0},      {1e300, true, 125},
-        {256, true, 2},         {255, true, 1},           {1e-40, true, -16},    {1.7e308, true, 127},
+        {0, false, -128},     {1e-101, false, -128}, {1, false, 1},      {0.999, false, 0},
+        {1024, false, 11},    {1022, false, 10},     {1e38, false, 127}, {1e60, false, 127},
+        {1e-60, false, -128}, {1, true, 1},          {0.999, true, 0},   {1e300, true, 125},
+        {256, true, 2},       {255, true, 1},        {1e-40, true, -16}, {1.7e308, true, 127},
     };
     for (const auto& c : cases) {
         const Vec2d ends[] = {{0, 0}, {c.extent, 0}};
@@ -207,9 +208,12 @@ TEST(XLine, NamesFollowShape) {
         bool polygon;
         const char* name;
     } cases[] = {
-        {"0,0 1,0", false, "Line"},           {"0,0; 1,0", false, "Line"},
-        {"0,0 1,0", true, "Polygon"},         {"0,0 1,0 1,1", false, "Polyline"},
-        {"0,0 1,0 1,1", true, "Polygon"},     {"0,0 1,0; 5,5 6,6", false, "Multipart Line"},
+        {"0,0 1,0", false, "Line"},
+        {"0,0; 1,0", false, "Line"},
+        {"0,0 1,0", true, "Polygon"},
+        {"0,0 1,0 1,1", false, "Polyline"},
+        {"0,0 1,0 1,1", true, "Polygon"},
+        {"0,0 1,0; 5,5 6,6", false, "Multipart Line"},
         {"0,0 1,0 1,1; 5,5 6,5 6,6", true, "Multipart Polygon"},
     };
     for (const auto& c : cases) {
@@ -249,7 +253,7 @@ TEST(XLine, PartTableRulesLookAtStartsOnly) {
     const struct {
         std::vector<uint32_t> table;
         bool sane;
-    } cases[] = {{{0}, true},    {{1}, false},      {{0, 1}, false},   {{0, 2}, true},
+    } cases[] = {{{0}, true},     {{1}, false},      {{0, 1}, false},         {{0, 2}, true},
                  {{0, 7}, false}, {{0, 5, 3}, true}, {{0x9E000000u, 4}, true}};
     for (const auto& c : cases)
         EXPECT_EQ(ZvXLine::VerifyPartSanity(uint32_t(c.table.size()), c.table.data(), 7), c.sane);

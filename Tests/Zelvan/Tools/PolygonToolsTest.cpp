@@ -36,7 +36,8 @@ struct Rings {
 };
 
 /// A star-shaped ring with a radius that jumps about.
-std::vector<Vec2d> Star(std::mt19937& random, Vec2d centre, double radius, int count, double roughness = 0.6) {
+std::vector<Vec2d> Star(std::mt19937& random, Vec2d centre, double radius, int count,
+                        double roughness = 0.6) {
     std::uniform_real_distribution<double> jump(1 - roughness, 1);
     std::vector<Vec2d> ring;
     for (int i = 0; i < count; ++i) {
@@ -144,7 +145,8 @@ TEST(Segment2D, MeetsOthersAndBoxes) {
 
 TEST(RingNesting, FollowsHolesIslandsAndTouchingRings) {
     // Outer, island in the hole, hole, a ring beside; the hole touches the outer ring at a vertex and along an edge.
-    const Rings r("0,0 100,0 100,100 0,100; 40,40 60,40 60,60 40,60; 0,50 30,10 100,10 100,90 30,90; 200,0 210,0 210,9");
+    const Rings r("0,0 100,0 100,100 0,100; 40,40 60,40 60,60 40,60; 0,50 30,10 100,10 100,90 30,90; 200,0 "
+                  "210,0 210,9");
     const ZvRingNesting n(r.xy, r.rings);
     EXPECT_EQ(n.depths, (std::vector<uint32_t>{0, 2, 1, 0}));
     EXPECT_EQ(n.parents, (std::vector<int32_t>{-1, 2, 0, -1}));
@@ -183,13 +185,13 @@ TEST(Triangulation, UsesOnlyVerticesOfSimplePolygons) {
         "0,0 10,0 10,10 0,10",
         "0,0 10,0 5,5 10,10 0,10 5,6",
         "0,0 10,0 10,10 0,10; 2,2 4,2 4,4 2,4; 6,2 8,2 8,4 6,4; 2,6 8,6 8,8 2,8",
-        "0,0 10,0 10,10 0,10; 2,2 2,4 4,4 4,2",                           // hole in the other sense
-        "0,0 10,0 10,10 0,10; 0,5 3,3 3,7",                               // hole touches an edge
-        "0,0 10,0 10,10 0,10; 0,0 5,2 2,5",                               // hole touches a vertex
-        "0,0 10,0 10,10 0,10; 2,2 5,2 5,5 2,5; 5,5 8,5 8,8 5,8",          // holes touch each other
-        "0,0 10,0 10,10 0,10; 1,1 9,1 9,9 1,9; 2,2 8,2 8,8 2,8",          // island in a hole
-        "0,0 5,0 5,5 10,5 10,10 5,10 5,5 0,5",                            // two squares joined at a point
-        "0,0 2,0 4,0 4,0 4,4 4,8 4,4 0,4",                                // repeated vertex, spike
+        "0,0 10,0 10,10 0,10; 2,2 2,4 4,4 4,2",                  // hole in the other sense
+        "0,0 10,0 10,10 0,10; 0,5 3,3 3,7",                      // hole touches an edge
+        "0,0 10,0 10,10 0,10; 0,0 5,2 2,5",                      // hole touches a vertex
+        "0,0 10,0 10,10 0,10; 2,2 5,2 5,5 2,5; 5,5 8,5 8,8 5,8", // holes touch each other
+        "0,0 10,0 10,10 0,10; 1,1 9,1 9,9 1,9; 2,2 8,2 8,8 2,8", // island in a hole
+        "0,0 5,0 5,5 10,5 10,10 5,10 5,5 0,5",                   // two squares joined at a point
+        "0,0 2,0 4,0 4,0 4,4 4,8 4,4 0,4",                       // repeated vertex, spike
         "0,0 10,0 10,10 0,10; 2,4 8,4 8,6 2,6; 20,0 30,0 30,10 20,10; 22,2 28,2 25,8",
     };
     std::mt19937 random(1);
@@ -198,7 +200,8 @@ TEST(Triangulation, UsesOnlyVerticesOfSimplePolygons) {
         const ZvRingNesting nesting(r.xy, r.rings);
         double expected = 0;
         for (size_t i = 0; i < r.rings.size(); ++i)
-            expected += PolygonArea2D(&r.xy[r.rings[i].start], r.rings[i].count) * (nesting.depths[i] % 2 ? -1 : 1);
+            expected +=
+                PolygonArea2D(&r.xy[r.rings[i].start], r.rings[i].count) * (nesting.depths[i] % 2 ? -1 : 1);
         const ZvTriangulation t = Triangulate(r);
         EXPECT_TRUE(t.newPoints.empty()) << text;
         int disagreements = 0;
@@ -209,11 +212,11 @@ TEST(Triangulation, UsesOnlyVerticesOfSimplePolygons) {
 
 TEST(Triangulation, CoversCrossingRingsByTheEvenOddRule) {
     const char* cases[] = {
-        "0,0 10,10 10,0 0,10",                        // bow tie
-        "0,3 2,-3 -3,1 3,1 -2,-3",                    // pentagram: its middle is empty
-        "0,0 10,0 10,10 0,10; 5,5 15,5 15,15 5,15",   // overlapping squares
-        "0,0 10,0 10,10 0,10; 8,4 12,4 12,6 8,6",     // hole that sticks out
-        "0,0 10,0 10,6 0,6; 4,-2 6,-2 6,8 4,8",       // cross
+        "0,0 10,10 10,0 0,10",                      // bow tie
+        "0,3 2,-3 -3,1 3,1 -2,-3",                  // pentagram: its middle is empty
+        "0,0 10,0 10,10 0,10; 5,5 15,5 15,15 5,15", // overlapping squares
+        "0,0 10,0 10,10 0,10; 8,4 12,4 12,6 8,6",   // hole that sticks out
+        "0,0 10,0 10,6 0,6; 4,-2 6,-2 6,8 4,8",     // cross
     };
     std::mt19937 random(2);
     for (const char* text : cases) {
