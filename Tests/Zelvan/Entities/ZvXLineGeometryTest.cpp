@@ -251,8 +251,9 @@ TEST(XLineGeometry, ExplodesIntoSimplerEntitiesOfTheSameLook) {
             EXPECT_EQ(piece->GetColor(), ZvColor(5));
         }
         EXPECT_EQ(names, c.pieces) << c.text;
-        if (!names.empty())
+        if (!names.empty()) {
             EXPECT_NEAR(length, line.GetCircumference(), 1e-6) << c.text;
+        }
     }
 }
 
@@ -293,8 +294,9 @@ TEST(XLineGeometry, TrianglesAreStoredInTheBlockOnlyWhereNeeded) {
             }
             // Overlapping squares: what they share is empty.
             const double shared = line.NumAux() ? 16 * 2 : 0;
-            if (c.triangles)
+            if (c.triangles) {
                 EXPECT_NEAR(area, line.GetArea() - shared, 1e-6) << c.text;
+            }
             EXPECT_EQ(line.Origin(), (Vec4d{0, 0, 0, 0}));
             line.Repack(true);
             EXPECT_EQ(line.BytesOfData(), pure);

@@ -239,7 +239,7 @@ TEST(XLineNative, OldKindsBecomePolylines) {
     EXPECT_TRUE(line->PClosed(0) && line->HasM() && !line->HasZ() && !line->IsPolygon());
     EXPECT_NEAR(line->Unpack(line->GetFlt(), 2).w, 64, 1e-6);
 
-    for (uint16_t code : {6, 7, 13, 15}) {
+    for (const uint16_t code : {uint16_t(6), uint16_t(7), uint16_t(13), uint16_t(15)}) {
         const bool table = code != 6, polygon = code != 13;
         OldRecord many(code, 28, 0, -1);
         many.Counted(0, 2, 6);
@@ -258,7 +258,8 @@ TEST(XLineNative, OldKindsBecomePolylines) {
         EXPECT_EQ(ReadOld(many, code), nullptr) << "cut short";
         many << uint8_t(0);
         Put(many.bytes, many.header + 28, table ? 7u : 0x7FF80000u);
-        if (table)
+        if (table) {
             EXPECT_EQ(ReadOld(many, code), nullptr) << "first part not at 0";
+        }
     }
 }

@@ -104,7 +104,7 @@ TEST(XLine, VerticesComeBackWithinHalfAQuantumInEveryForm) {
     std::mt19937 random(11);
     const double spreads[] = {0, 1e-9, 0.7, 1000, 3e7};
     for (int round = 0; round < 240; ++round) {
-        const uint32_t count = 1 + random() % 40;
+        const uint32_t count = 1 + uint32_t(random() % 40);
         const double spread = spreads[round % 5], centre = round % 3 ? 4e6 : 0;
         std::vector<Vec4d> in = RandomVertices(random, count, centre, spread);
         const bool z = round & 1, m = round & 2;
@@ -148,8 +148,9 @@ TEST(XLine, GeneralSetterTakesInputWithAndWithoutZAndM) {
                 EXPECT_NEAR(v.x, p[0], 1e-7);
                 EXPECT_NEAR(v.z, z && inZ ? p[2] : 0, 1e-7);
                 EXPECT_NEAR(v.w, m && inM ? p[2 + inZ] : 0, 1e-7);
-                if (!inZ || !z)
+                if (!inZ || !z) {
                     EXPECT_EQ(line.GetExpZ(), 0);
+                }
             }
 }
 
@@ -381,8 +382,9 @@ TEST(XLine, MovingRoundsNothingButTheOrigin) {
         line.Translate({0.125, -3, 16});
         CheckReaders(line);
         EXPECT_EQ(line.Origin().x, in[0].x + 0.125);
-        if (force < 0) // the part table, then the origin, then everything else as it was
+        if (force < 0) { // the part table, then the origin, then everything else as it was
             EXPECT_EQ(std::memcmp(line.Data() + 4 + 24, before.data() + 4 + 24, before.size() - 28), 0);
+        }
         line.Transform(Mat4d::RotationZ(M_PI / 2));
         const Vec4d v = line.Unpack(line.GetFlt(), 7);
         EXPECT_NEAR(v.x, -(in[7].y - 3), 1e-6);

@@ -133,8 +133,9 @@ TEST(Segment2D, MeetsOthersAndBoxes) {
     for (const auto& c : cases) {
         Vec2d points[2];
         ASSERT_EQ(c.s.Intersect(c.t, points), c.count);
-        if (c.count)
+        if (c.count) {
             EXPECT_EQ(points[0], c.at);
+        }
     }
     const ZvBounds2D box(0, 0, 2, 1);
     EXPECT_TRUE((ZvSegment2D{{-1, -1}, {3, 2}}).MeetsBox(box));
@@ -247,7 +248,8 @@ TEST(Triangulation, CoversRandomPolygonsWithManyHoles) {
         const double area = CheckCover(r, t, random, &disagreements);
         EXPECT_NEAR(area, expected, 1e-6 * expected) << "round " << round;
         EXPECT_EQ(disagreements, 0) << "round " << round;
-        if (round % 2 == 0)
+        if (round % 2 == 0) {
             EXPECT_TRUE(t.newPoints.empty()) << "round " << round;
+        }
     }
 }
