@@ -201,4 +201,14 @@ ZV_STRING(50502, EntityIsErased, "The object is erased")
 ZV_STRING(50503, LayerIsLocked, "The layer \"%s\" is locked")
 ZV_STRING(50504, VerbCount, "Number of verbs = %d\n")
 ZV_STRING(50505, VerbMemory, "Amount of memory used by verbs = %d KB\n")
+ZV_STRING(50800, TableHeadDamaged, "The head of the table section is damaged; what follows it was not loaded.")
+ZV_STRING(50801, TableDamaged,
+          "The table \"%s\" is damaged from byte %I64d on; some of its records were not loaded.")
+ZV_STRING(50802, TableRecordDamaged, "A record of the table \"%s\" at byte %I64d is damaged and was left out.")
+ZV_STRING(50803, TableContentsDamaged, "The contents of \"%s\" were not loaded completely.")
+ZV_STRING(50804, TableRecovered, "Recovered")
+ZV_STRING(50805, LayerNotLoaded,
+          "The layer \"%s\" could not be loaded from its file; the drawing was not saved, so that nothing is lost.")
+ZV_STRING(50806, TableFileUnreadable, "The records could not be read from %s: %s")
+ZV_STRING(50807, TableAttributesDamaged, "Attribute values of \"%s\" were not loaded completely.")
 // clang-format on

@@ -15,6 +15,7 @@ constexpr Row kMeanings[] = {
     {int(ZvErrorCode::OutOfMemory), "out of memory"},
     {int(ZvErrorCode::NameTable), "the name table is inconsistent"},
     {int(ZvErrorCode::BrushIndex), "brush index out of range"},
+    {int(ZvErrorCode::TableIndex), "table record index out of range"},
     {int(ZvErrorCode::BadRecordName), "record name not allowed"},
     {int(ZvErrorCode::Checksum), "a checksum could not be computed"},
     {int(ZvErrorCode::NullInSplit), "null entity while a tree node is split"},

@@ -13,6 +13,7 @@ enum class ZvErrorCode : int {
     OutOfMemory = 10,
     NameTable = 13,
     BrushIndex = 14,
+    TableIndex = 15,
     BadRecordName = 17,
     Checksum = 36,
     NullInSplit = 46,

@@ -14,11 +14,13 @@ class ZvLineType;
 class ZvLineWidth;
 class ZvUniSize;
 
-/// Visits the fields of a record or table in a fixed order. A class names each field once (identifier, storage, how it is
-/// used); writing, reading, showing as properties and setting from properties are visitors.
+/// Visits the fields of a record or table in a fixed order. A class names each field once (identifier,
+/// storage, how it is used); writing, reading, showing as properties and setting from properties are
+/// visitors.
 ///
-/// The order is the order in the file: new fields go to the end. A field that a shorter record lacks keeps its value, so readers
-/// visit a freshly made object. The identifier is the property's; labels come from the string table.
+/// The order is the order in the file: new fields go to the end. A field that a shorter record lacks keeps
+/// its value, so readers visit a freshly made object. The identifier is the property's; labels come from the
+/// string table.
 class ZV_API ZvRecordFields {
 public:
     /// How a field takes part.
@@ -50,12 +52,13 @@ public:
     virtual void Field(const char* id, std::vector<uint8_t>& value, unsigned how = kHidden) = 0;
     virtual void Field(const char* id, ZvCore::BinXmlNode& value, unsigned how = kHidden) = 0;
 
-    /// An enumeration, stored as a 32-bit number. A number above `last` (or below 0) becomes the first.
+    /// An enumeration, stored as a 32-bit number. A number below 0 or above `last` leaves the value alone.
     template <class E>
     void Enum(const char* id, E& value, E last, unsigned how = kAll) {
         static_assert(std::is_enum_v<E>);
         int32_t number = int32_t(value);
         Field(id, number, how);
-        value = number >= 0 && number <= int32_t(last) ? E(number) : E(0);
+        if (number >= 0 && number <= int32_t(last))
+            value = E(number);
     }
 };

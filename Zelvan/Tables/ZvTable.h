@@ -15,7 +15,8 @@
 class ZvNativeDesc;
 class ZvTable;
 
-/// What watchers of a table hear. The index is that of the record concerned, -1 when the event concerns the whole table.
+/// What watchers of a table hear. The index is that of the record concerned, -1 when the event concerns the
+/// whole table.
 enum class ZvTableEvent : int {
     Inserted = 1,
     Deleted = 2, ///< after the removal, with the index that the record had
@@ -32,11 +33,11 @@ public:
     virtual void OnTableEvent(ZvTable& table, ZvTableEvent event, int index) = 0;
 };
 
-/// A table of records of one kind. Records keep the order of insertion; the index of a record is its position. Names are unique
-/// without regard to case, ids and guids are unique, ids are never used again.
+/// A table of records of one kind. Records keep the order of insertion; the index of a record is its
+/// position. Names are unique without regard to case, ids and guids are unique, ids are never used again.
 ///
-/// Entities refer to records by index. Deleting a record therefore moves the later ones up and hands the old → new map to the
-/// drawing, which corrects every entity and record that holds an index (see DeleteRecord).
+/// Entities refer to records by index. Deleting a record therefore moves the later ones up and hands the old
+/// → new map to the drawing, which corrects every entity and record that holds an index (see DeleteRecord).
 class ZV_API ZvTable {
 public:
     explicit ZvTable(ZvDrawing* parent) : m_parent(parent) {}
@@ -57,8 +58,9 @@ public:
     ZvDrawing* GetParent() const { return m_parent; }
     void SetParent(ZvDrawing* parent) { m_parent = parent; }
 
-    // --- inserting ---------------------------------------------------------------------------------------------------------
-    /// Takes the record only on success; a refused one stays with the caller (when it is held by its base's pointer).
+    // --- inserting -----------------------------------------------------------------------------------------
+    /// Takes the record only on success; a refused one stays with the caller (when it is held by its base's
+    /// pointer).
     Zv::Status Insert(std::unique_ptr<ZvTableRecord>&& record);
     /// A new record under that name, or under an automatic one; null when it was refused.
     ZvTableRecord* InsertNew(const XStringW& name = {});
@@ -69,7 +71,7 @@ public:
     bool IsAutoNaming() const { return m_autoName; }
     bool IsAutoRenaming() const { return m_autoRename; }
 
-    // --- finding: null or -1 when there is none ------------------------------------------------------------------------------
+    // --- finding: null or -1 when there is none ------------------------------------------------------------
     int Count() const { return int(m_records.size()); }
     bool IsValidIndex(int index) const { return index >= 0 && index < Count(); }
     /// As IsValidIndex, and reports an invalid index.
@@ -91,11 +93,12 @@ public:
     bool IsRecordInTable(const ZvTableRecord* record) const;
     ZvTableRecord* LastInserted() const { return m_lastInserted; }
 
-    // --- names ---------------------------------------------------------------------------------------------------------------
+    // --- names ---------------------------------------------------------------------------------------------
     /// A name that a user may give to a new record of this table.
     virtual bool IsNewNameValid(const XStringW& name) const;
-    /// Makes a name that is free in the table; `record` and `useGuid` as in the contract of automatic names: with useGuid the
-    /// record's guid text when that guid is free, else `base` (empty: DefaultNameBase and "1") with a number as needed.
+    /// Makes a name that is free in the table; `record` and `useGuid` as in the contract of automatic names:
+    /// with useGuid the record's guid text when that guid is free, else `base` (empty: DefaultNameBase and
+    /// "1") with a number as needed.
     bool GetDefaultName(XStringW& out, const XStringW& base, const ZvTableRecord* record = nullptr,
                         bool useGuid = false);
     /// Gives the record a default name from its own; false when none could be found.
@@ -109,41 +112,47 @@ public:
     bool ChildChangeName(ZvTableRecord& record, const XStringW& name);
     bool ChildChangeGuid(ZvTableRecord& record, const Guid& guid);
 
-    // --- what users choose from: neither internal, hidden nor erased -------------------------------------------------------
+    // --- what users choose from: neither internal, hidden nor erased ---------------------------------------
     int CountUserEnum() const;
     /// The n-th in table order, null past the end.
     ZvTableRecord* GetUserEnum(int n) const;
     /// Sorted by NameCompareFunc.
     std::vector<ZvTableRecord*> GetUserEnumList() const;
 
-    // --- current record ------------------------------------------------------------------------------------------------------
+    // --- current record ------------------------------------------------------------------------------------
     ZvTableRecord* GetCurrent() const { return m_current; }
     /// A record of another table is refused; null clears.
     bool SetCurrent(ZvTableRecord* record);
-    /// Keeps a current record that users can choose, else makes the first such record current. Null when there is none.
+    /// Keeps a current record that users can choose, else makes the first such record current. Null when
+    /// there is none.
     ZvTableRecord* SetAnyCurrent();
     /// The record to make current when `leaving` goes.
     virtual ZvTableRecord* FindNewCurrent(const ZvTableRecord* leaving) const;
 
-    // --- deleting ------------------------------------------------------------------------------------------------------------
-    /// Destroys the record; later records move up one index and the drawing corrects all who hold indices: references to the
-    /// deleted record become "none" of their kind (continuous line, empty brush, default style, no block).
-    /// False when there is no such record or when the table cannot do without it.
+    // --- deleting ------------------------------------------------------------------------------------------
+    /// Destroys the record; later records move up one index and the drawing corrects all who hold indices:
+    /// references to the deleted record become "none" of their kind (continuous line, empty brush, default
+    /// style, no block). False when there is no such record or when the table cannot do without it.
     bool DeleteRecord(int index);
     bool DeleteRecord(const XStringW& name);
     bool DeleteRecord(ZvTableRecord* record);
     /// All at once, with one correction of indices. Returns how many were deleted.
     int DeleteRecords(std::span<ZvTableRecord* const> records);
     virtual bool MayDelete(const ZvTableRecord& record) const;
-    /// Deletes the records that the last usage pass found without use (never internal, hidden or current ones).
+    /// Deletes the records that the last usage pass found without use (never internal, hidden or current
+    /// ones).
     int EraseUnused();
     int DeleteErased();
     /// Destroys all records.
     void Purge();
     /// Gives every record its position as its index; returns the map old → new when any moved.
     std::unordered_map<int, int> ReIndex();
+    /// Whether entities or records of other tables hold indices into this one.
+    virtual bool IsHeldByIndex() const { return false; }
+    /// Whether uses of the records are counted, so that those without any can be purged.
+    virtual bool HasUsageCounts() const { return IsHeldByIndex(); }
 
-    // --- usage and references --------------------------------------------------------------------------------------------------
+    // --- usage and references ------------------------------------------------------------------------------
     /// References to records of other tables, from this table's records.
     virtual void ExternalTableUsage(ZvUsageTable& usage) const;
     /// Takes the counts of this table's records from a pass over the drawing.
@@ -151,7 +160,7 @@ public:
     /// Has all records translate their indices.
     virtual void TableUpdate(ZvNativeDesc& desc);
 
-    // --- modification and events -----------------------------------------------------------------------------------------------
+    // --- modification and events ---------------------------------------------------------------------------
     uint64_t GetAccumModStamp() const { return m_modStamp; }
     void IncModified() { ++m_modStamp; }
     void ChildIncModStamp(const ZvTableRecord& record);
@@ -164,9 +173,9 @@ public:
     /// At the last resume, one Changed with index -1 stands for all that was not told.
     void ResumeEventsOut();
 
-    // --- merging ---------------------------------------------------------------------------------------------------------------
-    /// Brings a record of another drawing in, by its fate. Returns the record of this table that stands for it, or null.
-    ZvTableRecord* Merge(std::unique_ptr<ZvTableRecord> incoming, const ZvMergeProfile& profile);
+    // --- merging -------------------------------------------------------------------------------------------
+    /// Brings a record of another drawing in, by its fate.
+    ZvMergeResult Merge(std::unique_ptr<ZvTableRecord> incoming, const ZvMergeProfile& profile);
     /// Fate before any conflict is looked at: Skip for tables that the profile leaves out, else Insert.
     virtual ZvMergeFate DecidePreFate(const ZvTableRecord& incoming, const ZvMergeProfile& profile) const;
     virtual ZvMergeFate DecideGuidConflictFate(const ZvTableRecord& incoming, const ZvTableRecord& existing,
@@ -177,22 +186,32 @@ public:
     void ClearMergeHandlers() { m_mergeHandlers.clear(); }
     void NotifyMergeHandlersOfRead(int fileIndex, ZvTableRecord* result);
 
-    // --- files: false on success, true on failure --------------------------------------------------------------------------------
+    // --- files: false on success, true on failure ----------------------------------------------------------
     /// Table head and records (not their contents, see ZvTableTable).
     bool NativeOut(ZvNativeDesc& desc) const;
     /// Before the first record is written: brings stored data up to date.
     virtual void NativeOutPreFix(ZvNativeDesc& desc);
-    /// `profile` null: the table was emptied and takes the file's records as they are.
-    bool NativeIn(ZvNativeDesc& desc, const ZvMergeProfile* profile);
+    /// `end`: position where the records end. `profile` null: the table was emptied and takes the file's
+    /// records as they are. A record or block that cannot be read costs itself; `read` tells what became of
+    /// each record.
+    struct Read {
+        int fileIndex = -1;
+        ZvMergeResult result;
+    };
+    bool NativeIn(ZvNativeDesc& desc, uint64_t end, const ZvMergeProfile* profile, std::vector<Read>& read);
     /// After all tables of the drawing were read.
     virtual void NativeInPostFix(ZvNativeDesc& desc);
     /// Whether `record` goes into the save that `desc` describes.
     virtual bool MustWriteRecord(const ZvTableRecord& record, const ZvNativeDesc& desc) const;
+    std::vector<const ZvTableRecord*> SavedRecords(const ZvNativeDesc& desc) const;
+    /// Ids were given to records, or the table has fields that are not the default.
+    virtual bool HasHistory() const { return m_nextId != 0; }
     /// Merges the records of this table's kind from a native file. Errors are reported with the file's name.
     Zv::Status LoadFromFile(const std::string& path, const ZvMergeProfile& profile = {});
     /// Whether preparing for a save changes records (undo information of drawings is then purged first).
     virtual bool SavingChanges() const { return false; }
-    virtual void PrepareSave() {}
+    /// `folder` (UTF-8): where relative paths begin, that of the drawing's file.
+    virtual void PrepareSave(const std::string& folder = {}) { (void)folder; }
     virtual size_t MemUsage() const;
 
 protected:
@@ -201,6 +220,8 @@ protected:
     /// Post-insert hook.
     virtual void OnRecordInserted(ZvTableRecord&) {}
     virtual void OnRecordsDeleted() {}
+    /// All records are gone; what the table itself holds must go, too.
+    virtual void OnPurged() {}
     const std::vector<std::unique_ptr<ZvTableRecord>>& Records() const { return m_records; }
 
 private:
@@ -208,8 +229,17 @@ private:
     bool RefuseInsert(const ZvTableRecord* record) const;
     bool NameForInsertion(ZvTableRecord& record);
     bool GuidForInsertion(ZvTableRecord& record);
-    void Register(std::unique_ptr<ZvTableRecord> record, uint32_t id);
+    ZvTableRecord* Register(std::unique_ptr<ZvTableRecord> record, uint32_t id);
     void Unregister(ZvTableRecord& record);
+    bool IsFreeName(const XStringW& name) const;
+    bool FindFreeName(XStringW& out, const XStringW& base);
+    void CorrectHolders(const std::unordered_map<int, int>& newIndices);
+    ZvMergeFate DecideFate(const ZvTableRecord& incoming, ZvTableRecord*& existing,
+                           const ZvMergeProfile& profile);
+    std::vector<uint8_t> HeadBytes() const;
+    void TakeHead(std::span<const uint8_t> bytes, bool merging);
+    ZvMergeResult TakeStored(std::unique_ptr<ZvTableRecord> record);
+    bool ReadGroup(ZvNativeDesc& desc, const ZvMergeProfile* profile, std::vector<Read>& read);
 
     ZvDrawing* m_parent;
     std::vector<std::unique_ptr<ZvTableRecord>> m_records;
@@ -221,7 +251,9 @@ private:
     ZvTableRecord* m_lastInserted = nullptr;
     ZvTableRecord* m_current = nullptr;
     uint64_t m_modStamp = 0;
+    uint64_t m_random = 0x9E3779B97F4A7C15;
     int64_t m_lastAutoNumber = 0;
+    uint32_t m_currentId = 0; // of the file, until its record was read
     uint32_t m_nextId = 0;
     int m_eventsSuspended = 0;
     bool m_eventsMissed = false;

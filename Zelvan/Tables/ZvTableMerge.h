@@ -16,6 +16,16 @@ enum class ZvMergeFate {
     Skip,        ///< is dropped; what refers to it refers to nothing
 };
 
+/// What became of one record: the drawing's record that stands for it (null: none), and whether it was made
+/// or filled by this.
+struct ZvMergeResult {
+    ZvTableRecord* record = nullptr;
+    ZvMergeFate fate = ZvMergeFate::Skip;
+    bool TakesContents() const {
+        return record && fate != ZvMergeFate::UseExisting && fate != ZvMergeFate::Skip;
+    }
+};
+
 /// How a merge treats clashes: for all tables, and differently for single ones.
 class ZV_API ZvMergeProfile {
 public:

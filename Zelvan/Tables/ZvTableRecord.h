@@ -10,6 +10,7 @@
 
 class IZvSurface;
 class ZvDrawing;
+class ZvNameIntake;
 class ZvNativeDesc;
 class ZvPropertyGatherer;
 class ZvPropertySetter;
@@ -18,7 +19,8 @@ class ZvTable;
 class ZvUsageTable;
 struct Rect2I;
 
-/// A named, shared resource of a drawing: layer, line type, block ... Belongs to whoever made it until a table takes it.
+/// A named, shared resource of a drawing: layer, line type, block ... Belongs to whoever made it until a
+/// table takes it.
 class ZV_API ZvTableRecord {
 public:
     enum Flag : uint16_t {
@@ -40,7 +42,7 @@ public:
     /// Client code shifted left 16 OR record code.
     uint32_t GetFullCode() const { return ZvTableCode::Full(GetRecordCode(), GetClientCode()); }
 
-    // --- identity ----------------------------------------------------------------------------------------------------------
+    // --- identity ------------------------------------------------------------------------------------------
     ZvTable* GetTable() const { return m_table; }
     bool IsInTable() const { return m_index >= 0; }
     /// The table's drawing; null for a record that belongs to no table.
@@ -61,15 +63,15 @@ public:
 
     const XStringW& GetName() const { return m_name; }
     const XStringW& GetNameUpCase() const { return m_nameUpCase; }
-    /// An unchanged name succeeds. A name that cannot be a record's reports error 17 with the name; a name that another record of
-    /// the table has is refused. `viaTable` false leaves the table's name map alone.
+    /// An unchanged name succeeds. A name that cannot be a record's reports error 17 with the name; a name
+    /// that another record of the table has is refused. `viaTable` false leaves the table's name map alone.
     bool SetName(const XStringW& name, bool viaTable = true);
     /// Sets name and upper-case name, checks nothing, tells nobody.
     void SetNameFinal(const XStringW& name);
     /// Not empty and without / \ " ? * |
     static bool CheckRecordName(const XStringW& name);
 
-    // --- flags -------------------------------------------------------------------------------------------------------------
+    // --- flags ---------------------------------------------------------------------------------------------
     bool IsErased() const { return m_flags & kErased; }
     void SetErased(bool on) { PutFlag(kErased, on); }
     bool IsInternal() const { return m_flags & kInternal; }
@@ -83,7 +85,7 @@ public:
     uint16_t GetRecordFlags() const { return m_flags; }
     bool IsVisibleToUser() const { return !(m_flags & (kInternal | kHidden)); }
 
-    // --- usage and modification ----------------------------------------------------------------------------------------------
+    // --- usage and modification ----------------------------------------------------------------------------
     /// References counted by the last usage pass.
     int GetUsageCount() const { return m_usageCount; }
     void SetUsageCount(int count) { m_usageCount = count; }
@@ -93,14 +95,21 @@ public:
     /// Raises the stamp and the table's; watchers hear "changed".
     void IncModified();
 
-    // --- content -------------------------------------------------------------------------------------------------------------
+    // --- content -------------------------------------------------------------------------------------------
     /// Name and the kind's fields, as properties whose identifiers are the fields'.
     void GetProperties(ZvPropertyGatherer& gatherer) const;
-    /// Takes the properties that it knows; refused values keep their reason in the setter. One IncModified when anything changed.
+    /// Takes the properties that it knows; refused values keep their reason in the setter. One IncModified
+    /// when anything changed.
     void SetProperties(ZvPropertySetter& setter);
-    /// Takes over the content (not name, guid, id, flags) of a record of the same kind. False for another kind.
-    virtual bool Merge(const ZvTableRecord& from);
-    /// A copy with the content and the name, of no table, with a guid of its own.
+    /// Takes over the fields (not name, guid, id, flags) of a record of the same kind. False for another
+    /// kind.
+    bool Merge(const ZvTableRecord& from);
+    /// Copies what the other record (of the same kind) owns, entities or a drawing, to what this one owns;
+    /// for records in a table.
+    virtual void CopyContents(const ZvTableRecord& from);
+    /// Deletes what the record owns.
+    virtual void DropContents();
+    /// A copy of fields, flags and name, of no table, without what the record owns, with a guid of its own.
     std::unique_ptr<ZvTableRecord> Clone() const;
     /// A new empty record of the same kind.
     virtual std::unique_ptr<ZvTableRecord> NewOfKind() const = 0;
@@ -117,7 +126,7 @@ public:
     virtual void OnInserted() {}
     virtual void OnRemoving() {}
 
-    // --- files ---------------------------------------------------------------------------------------------------------------
+    // --- files ---------------------------------------------------------------------------------------------
     /// The record, its length (u64) first. Both false on success, true on failure, as for entities.
     bool NativeOut(ZvNativeDesc& desc) const;
     bool NativeIn(ZvNativeDesc& desc);
@@ -127,7 +136,7 @@ public:
     virtual bool HasContents() const { return false; }
     virtual bool ContentsOut(ZvNativeDesc& desc) const;
     /// `end`: position of the current file where the contents end.
-    virtual bool ContentsIn(ZvNativeDesc& desc, uint64_t end);
+    virtual bool ContentsIn(ZvNativeDesc& desc, uint64_t end, ZvNameIntake& names);
     /// Bytes held, the record included; entities not.
     virtual size_t MemUsage() const;
 
