@@ -8,8 +8,9 @@
 #include <variant>
 #include <vector>
 
-/// One column of attribute values, all of a type, each set or NULL. Kept small: a bit a row says whether there is a value; whole
-/// numbers take 4 bytes until one needs 8; texts and binaries take 4 bytes and lie, equal neighbours once, in one run of bytes.
+/// One column of attribute values, all of a type, each set or NULL. Kept small: a bit a row says whether
+/// there is a value; whole numbers take 4 bytes until one needs 8; texts and binaries take 4 bytes and lie,
+/// equal neighbours once, in one run of bytes.
 class ZV_API ZvAttributeColumn {
 public:
     /// Numbers stand in files.
@@ -28,7 +29,7 @@ public:
     void SetNull(size_t row);
 
     // Typed access: the caller knows the type and, for the getters, that the row is not NULL.
-    int64_t GetInt(size_t row) const { return m_wide.empty() ? m_narrow[row] : m_wide[row]; }
+    int64_t GetInt(size_t row) const { return m_isWide ? m_wide[row] : m_narrow[row]; }
     double GetDouble(size_t row) const { return m_doubles[row]; }
     bool GetBool(size_t row) const { return m_bits[row >> 6] >> (row & 63) & 1; }
     DateTime GetDate(size_t row) const { return DateTime{uint64_t(m_wide[row])}; }
@@ -45,16 +46,20 @@ public:
     /// Whether Set takes the value: NULL, one of the column's type, a whole number for doubles.
     bool Fits(const Value& value) const;
     bool Set(size_t row, const Value& value);
+    /// From a column of the same type.
+    void CopyValue(size_t row, const ZvAttributeColumn& from, size_t fromRow);
     /// Keeps the rows `kept` (ascending), in that order.
     void Select(const std::vector<uint32_t>& kept);
     size_t MemUsage() const;
 
 private:
+    static constexpr uint32_t kNone = 0xFFFFFFFF;
     void Mark(size_t row) { m_set[row >> 6] |= uint64_t(1) << (row & 63); }
     void Widen();
-    uint32_t Store(std::string_view bytes);
+    std::string_view At(uint32_t offset) const;
 
     Type m_type;
+    bool m_isWide = false; // Int64: values lie in m_wide
     size_t m_size = 0;
     std::vector<uint64_t> m_set;   // one bit a row
     std::vector<int32_t> m_narrow; // Int64 while all fit
@@ -62,7 +67,7 @@ private:
     std::vector<double> m_doubles;
     std::vector<uint64_t> m_bits;    // Bool
     std::vector<uint32_t> m_offsets; // String, Binary: where in m_bytes
-    std::string m_bytes;             // length (base-128 varint), then the bytes; offset 0 holds the empty one
+    std::string m_bytes; // each value: its length as a base-128 number, lowest part first, then its bytes
     std::vector<uint32_t>
-        m_recent; // by hash of the bytes: a recent offset, so that repeated values are kept once
+        m_recent; // by hash of the bytes, an offset where they may lie: repeated values are kept once
 };
