@@ -5,6 +5,14 @@ void ZvNativeDesc::SetTableIndex(uint32_t tableCode, int fileIndex, int drawingI
     m_tableIndex[tableCode][fileIndex] = drawingIndex;
 }
 
+void ZvNativeDesc::CopyTableIndex(uint32_t tableCode, const ZvNativeDesc& from) {
+    const auto table = from.m_tableIndex.find(tableCode);
+    if (table == from.m_tableIndex.end())
+        m_tableIndex.erase(tableCode);
+    else
+        m_tableIndex[tableCode] = table->second;
+}
+
 int ZvNativeDesc::TranslateIndex(uint32_t tableCode, int fileIndex, bool strict) const {
     const auto table = m_tableIndex.find(tableCode);
     if (table != m_tableIndex.end()) {

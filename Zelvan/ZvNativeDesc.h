@@ -123,6 +123,8 @@ public:
     void SetTableIndex(uint32_t tableCode, int fileIndex, int drawingIndex);
     /// The drawing's index of the file's index. An index that the map does not know: -1 when `strict`, else itself.
     int TranslateIndex(uint32_t tableCode, int fileIndex, bool strict) const;
+    /// Takes over the map of another descriptor's table; without one there, this one has none either.
+    void CopyTableIndex(uint32_t tableCode, const ZvNativeDesc& from);
     bool HasTableIndex(uint32_t tableCode) const { return m_tableIndex.count(tableCode) != 0; }
     /// Old name -> new name of entities that did not keep theirs; names not in the map kept theirs.
     std::unordered_map<uint32_t, uint32_t> nameTranslation;
