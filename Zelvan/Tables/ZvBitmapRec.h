@@ -3,7 +3,8 @@
 #include "Zelvan/Tables/ZvUcs.h"
 #include <array>
 
-/// A raster image: its file's bytes kept as they were given, or the path of the file, and where it lies on the earth.
+/// A raster image: its file's bytes kept as they were given, or the path of the file, and where it lies on
+/// the earth.
 class ZV_API ZvBitmapRec : public ZvTableRecord {
 public:
     /// Form of the bytes.
@@ -18,14 +19,16 @@ public:
     const std::vector<uint8_t>& GetBytes() const { return m_bytes; }
     int GetWidth() const { return m_width; }
     int GetHeight() const { return m_height; }
-    /// Keeps encoded bytes as they are; format and size are read from their head when it is PNG, JPEG or BMP, else `width` and
-    /// `height` are taken. False, unchanged, for no bytes.
+    /// Keeps encoded bytes as they are; format and size are read from their head when it is PNG, JPEG or BMP,
+    /// else `width` and `height` are taken. False, unchanged, for no bytes.
     bool SetEncoded(std::vector<uint8_t> bytes, int width = 0, int height = 0);
-    /// Plain pixels, 4 bytes each (blue, green, red, alpha), rows from the top. False when the size does not fit the bytes.
+    /// Plain pixels, 4 bytes each (blue, green, red, alpha), rows from the top. False when the size does not
+    /// fit the bytes.
     bool SetPixels(int width, int height, std::vector<uint8_t> bgra);
     /// The pixels of a record of format Bgra; null for encoded ones, which the surface decodes.
     const uint8_t* GetPixels() const;
-    /// The image lies in a file of its own; its bytes are read when needed (LoadLinked) and saved only with `embedOnSave`.
+    /// The image lies in a file of its own; its bytes are read when needed (LoadLinked) and saved only with
+    /// `embedOnSave`.
     void SetLinked(const XStringW& path, bool embedOnSave = false);
     const XStringW& GetPath() const { return m_path; }
     bool IsLinked() const { return !m_path.IsEmpty(); }

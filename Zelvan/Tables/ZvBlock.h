@@ -8,8 +8,8 @@
 class ZvBNode;
 class ZvEntity;
 
-/// A block: entities in a tree of their own, around a base point, shown wherever a block reference places them. The entities
-/// have names in the drawing, but lie on no layer.
+/// A block: entities in a tree of their own, around a base point, shown wherever a block reference places
+/// them. The entities have names in the drawing, but lie on no layer.
 class ZV_API ZvBlock : public ZvTableRecord, private IZvBNodeContainer {
 public:
     ZvBlock();
@@ -23,7 +23,6 @@ public:
     /// As ZvLayer::Adopt; without a drawing the entity keeps its name and is taken all the same.
     ZvName Adopt(std::unique_ptr<ZvEntity> entity);
     size_t EntityCount() const;
-    void DeleteEntities();
     /// In block coordinates, erased entities not counted.
     ZvBounds3D Bounds() const;
 
@@ -42,7 +41,8 @@ public:
     /// True when the block shows `other`, itself or through any number of nested references.
     bool RefersTo(const ZvBlock& other) const;
 
-    bool Merge(const ZvTableRecord& from) override;
+    void CopyContents(const ZvTableRecord& from) override;
+    void DropContents() override;
     void DrawUI(IZvSurface& surface, const Rect2I& box) const override;
     void TableUsage(ZvUsageTable& usage) const override;
     void TableUpdate(ZvNativeDesc& desc) override;
@@ -50,7 +50,7 @@ public:
     void OnRemoving() override;
     bool HasContents() const override { return true; }
     bool ContentsOut(ZvNativeDesc& desc) const override;
-    bool ContentsIn(ZvNativeDesc& desc, uint64_t end) override;
+    bool ContentsIn(ZvNativeDesc& desc, uint64_t end, ZvNameIntake& names) override;
 
 protected:
     void Fields(ZvRecordFields& visit) override;

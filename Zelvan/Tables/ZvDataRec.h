@@ -2,7 +2,8 @@
 #include "Zelvan/Tables/ZvTableRecord.h"
 #include "ZvCore/BinXml.h"
 
-/// A named piece of data: the store of programs, plug-ins and of the engine itself ("__Thumbnail__", layer presets ...).
+/// A named piece of data: the store of programs, plug-ins and of the engine itself ("__Thumbnail__", layer
+/// presets ...).
 class ZV_API ZvDataRec : public ZvTableRecord {
 public:
     enum class Kind : int32_t { None = 0, String = 1, Number = 2, Binary = 3, XmlNode = 4 };
@@ -24,7 +25,6 @@ public:
 
 protected:
     void Fields(ZvRecordFields& visit) override;
-    void FieldsChanged() override;
 
 private:
     void Become(Kind kind);

@@ -5,7 +5,11 @@
 class ZV_API ZvDataTable : public ZvTableOf<ZvDataRec, ZvTableCode::Data> {
 public:
     using ZvTableOf::ZvTableOf;
-    /// The record of that name, made when missing. Names that begin with "__" make internal records.
+    XStringW DefaultNameBase() const override;
+    /// Programs clear up after themselves: internal records, too.
+    bool MayDelete(const ZvTableRecord& record) const override;
+    /// The record of that name (a valid, non-empty one), made when missing. Names that begin with "__" make
+    /// internal records.
     ZvDataRec& GetOrMake(const XStringW& name);
     /// Erases the record of that name; false when there is none.
     bool Remove(const XStringW& name);

@@ -7,8 +7,8 @@
 class ZvBlock;
 class ZvTextStyle;
 
-/// A dimension style: how dimensions look and how their values read. Lengths without a kind of their own are multiples of the
-/// text height.
+/// A dimension style: how dimensions look and how their values read. Lengths without a kind of their own are
+/// multiples of the text height.
 class ZV_API ZvDimStyle : public ZvTableRecord {
 public:
     enum class Arrow : int32_t { Closed, Open, Dot, Tick, None, Block };
@@ -78,6 +78,7 @@ protected:
 
 private:
     XStringW FormatLength(double value) const;
+    XStringW FormatFeetInch(double inches) const;
     XStringW FormatAngle(double value) const;
     XStringW FormatNumber(double value, int decimals) const;
     Values m_values;

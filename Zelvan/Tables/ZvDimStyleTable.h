@@ -6,6 +6,7 @@ class ZV_API ZvDimStyleTable : public ZvTableOf<ZvDimStyle, ZvTableCode::DimStyl
 public:
     using ZvTableOf::ZvTableOf;
     XStringW DefaultNameBase() const override;
+    bool IsHeldByIndex() const override { return true; }
     /// A record named "Default".
     void CreateDefaults() override;
     ZvDimStyle* GetDefaultStyle() const;

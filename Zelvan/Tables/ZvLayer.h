@@ -16,11 +16,12 @@ class ZvBNode;
 class ZvEntity;
 class ZvTextStyle;
 
-/// A layer: the entities that lie on it, in a spatial tree, the values that by-layer entities take from it, and the switches that
-/// say what can be done with them.
+/// A layer: the entities that lie on it, in a spatial tree, the values that by-layer entities take from it,
+/// and the switches that say what can be done with them.
 class ZV_API ZvLayer : public ZvTableRecord, private IZvBNodeContainer {
 public:
-    /// The loader of a delayed layer brings the entities in (see SetDelayLoaded). False: they could not be read.
+    /// The loader of a delayed layer brings the entities in (see SetDelayLoaded). False: they could not be
+    /// read.
     using Loader = std::function<bool(ZvLayer&)>;
     static constexpr uint16_t kBlockNone = 65535; ///< no by-layer block
 
@@ -30,14 +31,15 @@ public:
     uint16_t GetRecordCode() const override { return ZvTableCode::Layer; }
     std::unique_ptr<ZvTableRecord> NewOfKind() const override;
 
-    // --- entities ------------------------------------------------------------------------------------------------------------
+    // --- entities ------------------------------------------------------------------------------------------
     /// The tree, without loading what is delayed.
     ZvBNode& Tree() { return *m_tree; }
     const ZvBNode& Tree() const { return *m_tree; }
-    /// Takes a new entity: it enters the tree and gets its name from the drawing's name table. Returns the name, null when the
-    /// layer belongs to no drawing (the entity is destroyed then).
+    /// Takes a new entity: it enters the tree and gets its name from the drawing's name table. Returns the
+    /// name, null when the layer belongs to no drawing (the entity is destroyed then).
     ZvName Adopt(std::unique_ptr<ZvEntity> entity);
-    /// As Adopt, under the name that the entity carries (undo, loading); a taken or null name is replaced by a fresh one.
+    /// As Adopt, under the name that the entity carries (undo, loading); a taken or null name is replaced by
+    /// a fresh one.
     ZvName AdoptNamed(std::unique_ptr<ZvEntity> entity);
     /// Loaded entities, erased ones included.
     size_t EntityCount() const;
@@ -58,7 +60,7 @@ public:
     /// Null when the layer has none.
     const ZvAttributeTable* AttributesOrNull() const { return m_attributes.get(); }
 
-    // --- defaults of by-layer entities -----------------------------------------------------------------------------------------
+    // --- defaults of by-layer entities ---------------------------------------------------------------------
     ZvColor GetColor() const { return m_color; }
     void SetColor(const ZvColor& color);
     ZvLineType GetLineType() const { return m_lineType; }
@@ -76,7 +78,7 @@ public:
     void SetBlock(uint16_t index);
     ZvBlock* GetBlockRecord() const;
 
-    // --- switches --------------------------------------------------------------------------------------------------------------
+    // --- switches ------------------------------------------------------------------------------------------
     bool IsVisible() const { return m_visible; }
     void SetVisible(bool on);
     bool IsLocked() const { return m_locked; }
@@ -101,7 +103,7 @@ public:
     uint32_t GetVisFlags() const { return m_visFlags; }
     void SetVisFlags(uint32_t flags);
     uint32_t GetSysFlags() const { return m_sysFlags; }
-    void SetSysFlags(uint32_t flags) { m_sysFlags = flags; }
+    void SetSysFlags(uint32_t flags);
     /// World units per pixel between which the layer shows; 0: no limit on that side.
     double GetMinScale() const { return m_minScale; }
     double GetMaxScale() const { return m_maxScale; }
@@ -120,7 +122,7 @@ public:
     void OnRemoving() override;
     bool HasContents() const override { return true; }
     bool ContentsOut(ZvNativeDesc& desc) const override;
-    bool ContentsIn(ZvNativeDesc& desc, uint64_t end) override;
+    bool ContentsIn(ZvNativeDesc& desc, uint64_t end, ZvNameIntake& names) override;
     size_t MemUsage() const override;
 
 protected:
@@ -132,6 +134,8 @@ private:
     ZvLayer* TreeLayer() const override { return const_cast<ZvLayer*>(this); }
     int TreeLayerIndex() const override { return GetTableIndex(); }
     void TreeTouched(ZvEntity* entity) override;
+    template <class T>
+    void Change(T& member, const T& value, bool visible);
 
     std::unique_ptr<ZvBNode> m_tree;
     std::unique_ptr<ZvAttributeTable> m_attributes;

@@ -4,8 +4,9 @@
 #include "Zelvan/ZvBounds.h"
 #include <string_view>
 
-/// The layers of a drawing, their drawing order, their groups and presets of their visibility. Order, groups and presets are kept
-/// in the data table (records "__LayerOrder__", "__LayerGroups__", "__LayerPresets__"), so that they travel with it.
+/// The layers of a drawing, their drawing order, their groups and presets of their visibility. Order, groups
+/// and presets are kept in the data table (records "__LayerOrder__", "__LayerGroups__", "__LayerPresets__"),
+/// so that they travel with it.
 class ZV_API ZvLayerTable : public ZvTableOf<ZvLayer, ZvTableCode::Layer> {
 public:
     using ZvTableOf::ZvTableOf;
@@ -15,11 +16,12 @@ public:
     XStringW DefaultNameBase() const override;
     /// The internal layers (locked) and layer "0".
     void CreateDefaults() override;
+    bool HasUsageCounts() const override { return true; }
     bool IsNewNameValid(const XStringW& name) const override;
     /// Internal layers stay.
     bool MayDelete(const ZvTableRecord& record) const override;
 
-    // --- internal layers; null only when the table refuses to make them ----------------------------------------------------
+    // --- internal layers; null only when the table refuses to make them ------------------------------------
     ZvLayer* GetPaperLayer();
     ZvLayer* GetScratchLayer();
     ZvLayer* GetHotSnapLayer();
@@ -27,7 +29,7 @@ public:
     ZvLayer* GetGridLayer();
     ZvLayer* GetTempBitmapLayer();
 
-    // --- drawing order, bottom first --------------------------------------------------------------------------------------------
+    // --- drawing order, bottom first -----------------------------------------------------------------------
     /// All layers in the order in which they are drawn: by stratum, then by order.
     std::vector<ZvLayer*> GetDrawOrder();
     /// The order alone, strata not regarded.
@@ -43,7 +45,7 @@ public:
     /// Drops layers that are gone, puts new ones on top.
     void EnsureLayerOrder();
 
-    // --- groups -----------------------------------------------------------------------------------------------------------------
+    // --- groups --------------------------------------------------------------------------------------------
     /// False for a name that cannot be a record's, that is reserved, or that a group or layer has.
     bool AddGroup(const XStringW& name);
     /// Its layers are in no group afterwards.
@@ -57,7 +59,7 @@ public:
     const std::vector<XStringW>& GetGroups() const { return m_groups; }
     std::vector<ZvLayer*> GetGroupLayers(const XStringW& group) const;
 
-    // --- presets: the switches of all user layers under a name ----------------------------------------------------------------
+    // --- presets: the switches of all user layers under a name ---------------------------------------------
     /// Stores the present switches under the name, replacing a preset of that name. False for an empty name.
     bool PresetSet(const XStringW& name);
     /// Applies the preset; layers that it does not know stay as they are.
@@ -74,6 +76,7 @@ public:
 protected:
     void OnRecordInserted(ZvTableRecord& record) override;
     void OnRecordsDeleted() override;
+    void OnPurged() override;
 
 private:
     struct LayerState {
@@ -84,9 +87,10 @@ private:
         XStringW name;
         std::vector<LayerState> states;
     };
-    ZvLayer* Internal(std::u16string_view name);
+    ZvLayer* Internal(size_t which);
     int FindPreset(const XStringW& name) const;
     int FindGroup(const XStringW& name) const;
+    void GroupsChanged();
     void SaveOrder();
     void SaveGroups();
     void SavePresets();

@@ -3,7 +3,8 @@
 
 class ZvPaperPage;
 
-/// A paper-space layout: a drawing of its own, made for one sheet, that borrows tables 1..7 of the drawing that it belongs to.
+/// A paper-space layout: a drawing of its own, made for one sheet, that borrows tables 1..7 of the drawing
+/// that it belongs to.
 class ZV_API ZvLayout : public ZvTableRecord {
 public:
     ZvLayout();
@@ -23,13 +24,15 @@ public:
     const XStringW& GetDescription() const { return m_description; }
     void SetDescription(const XStringW& text);
 
+    void CopyContents(const ZvTableRecord& from) override;
+    void DropContents() override;
     void TableUsage(ZvUsageTable& usage) const override;
     void TableUpdate(ZvNativeDesc& desc) override;
     void OnInserted() override;
     void OnRemoving() override;
     bool HasContents() const override { return true; }
     bool ContentsOut(ZvNativeDesc& desc) const override;
-    bool ContentsIn(ZvNativeDesc& desc, uint64_t end) override;
+    bool ContentsIn(ZvNativeDesc& desc, uint64_t end, ZvNameIntake& names) override;
 
 protected:
     void Fields(ZvRecordFields& visit) override;

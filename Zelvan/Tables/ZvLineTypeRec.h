@@ -3,8 +3,8 @@
 
 /// A line type: dashes and gaps by turns along the line.
 ///
-/// The pattern comes from three parameters: a dash of a x c, then a gap of b x c. With a = 0 the dash is a dot. Any other
-/// pattern is given as dash data directly; the parameters are then 0.
+/// The pattern comes from three parameters: a dash of a x c, then a gap of b x c. With a = 0 the dash is a
+/// dot. Any other pattern is given as dash data directly; the parameters are then 0.
 class ZV_API ZvLineTypeRec : public ZvTableRecord {
 public:
     /// Unit of the dash data.
@@ -18,8 +18,9 @@ public:
     double ParamA() const { return m_a; }
     double ParamB() const { return m_b; }
     double ParamC() const { return m_c; }
-    /// Lengths by turns: dash (0: dot), gap, dash, gap ... An odd last dash gets no gap. Empty or of no length: continuous.
-    /// False, unchanged, for negative or non-finite lengths or a pattern of more than 1024 lengths.
+    /// Lengths by turns: dash (0: dot), gap, dash, gap ... An odd last dash gets no gap. Empty or of no
+    /// length: continuous. False, unchanged, for negative or non-finite lengths or a pattern of more than
+    /// 1024 lengths.
     bool SetDashes(const std::vector<double>& lengths);
     const std::vector<double>& Dashes() const { return m_dashes; }
     double PatternLength() const;

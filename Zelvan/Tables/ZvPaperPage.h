@@ -9,7 +9,8 @@ public:
     uint16_t GetRecordCode() const override { return ZvTableCode::Paper; }
     std::unique_ptr<ZvTableRecord> NewOfKind() const override;
 
-    /// Size of the sheet as it lies: width along the text, in mm (landscape turns the portrait form). Default A4, 210 x 297.
+    /// Size of the sheet as it lies: width along the text, in mm (landscape turns the portrait form). Default
+    /// A4, 210 x 297.
     double GetWidth() const { return m_landscape ? m_longSide : m_shortSide; }
     double GetHeight() const { return m_landscape ? m_shortSide : m_longSide; }
     /// Either order; false, unchanged, unless both lie in 1..100000 mm.

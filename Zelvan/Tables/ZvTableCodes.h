@@ -1,8 +1,8 @@
 #pragma once
 #include <cstdint>
 
-/// Codes of the fifteen built-in tables and of the records that they hold (client code 1). They stand in files and never change.
-/// Index translation (ZvNativeDesc) and usage counts (ZvUsageTable) go by full codes.
+/// Codes of the fifteen built-in tables and of the records that they hold (client code 1). They stand in
+/// files and never change. Index translation (ZvNativeDesc) and usage counts (ZvUsageTable) go by full codes.
 namespace ZvTableCode {
 enum Code : uint16_t {
     Bitmap = 1,

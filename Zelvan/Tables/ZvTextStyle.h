@@ -3,6 +3,8 @@
 #include "Zelvan/ZvUniSize.h"
 #include <string_view>
 
+class IZvTextMeasure;
+
 /// A text style: font, size and the way in which characters are set.
 class ZV_API ZvTextStyle : public ZvTableRecord {
 public:
@@ -36,7 +38,7 @@ public:
     double GetLineSpacing() const { return m_lineSpacing; }
     void SetLineSpacing(double heights);
 
-    // --- metrics, for a text height of 1 (multiply by the height) -----------------------------------------------------------
+    // --- metrics, for a text height of 1 (multiply by the height) ------------------------------------------
     /// Width of one line of text. Line breaks in it have no width.
     double MeasureLength(std::u16string_view line) const;
     /// Height of the base line above the bottom of the line box, as a fraction of the height.
@@ -49,6 +51,10 @@ protected:
     void FieldsChanged() override;
 
 private:
+    template <class T>
+    void Change(T& member, const T& value);
+    IZvTextMeasure& Measure() const;
+
     XStringW m_font;
     ZvUniSize m_size;
     bool m_bold = false;
@@ -59,5 +65,6 @@ private:
     double m_oblique = 0;
     double m_tracking = 0;
     double m_lineSpacing = 1.6;
-    mutable double m_baseline = -1; // -1: not measured yet
+    mutable double m_baseline = 0;
+    mutable const IZvTextMeasure* m_baselineBy = nullptr; // who measured it; null: nobody yet
 };

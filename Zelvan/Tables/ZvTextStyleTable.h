@@ -6,6 +6,7 @@ class ZV_API ZvTextStyleTable : public ZvTableOf<ZvTextStyle, ZvTableCode::TextS
 public:
     using ZvTableOf::ZvTableOf;
     XStringW DefaultNameBase() const override;
+    bool IsHeldByIndex() const override { return true; }
     /// A style named "Standard" when the table is empty.
     void CreateDefaults() override;
     /// The current style, else the first; null in an empty table.

@@ -31,8 +31,8 @@ public:
     std::unique_ptr<ZvTableRecord> NewOfKind() const override;
 
     Kind GetKind() const { return m_kind; }
-    /// Makes the record a hatch. False, unchanged, for more than kMaxFamilies, a spacing that is not above 0, or lengths that are
-    /// negative or not finite.
+    /// Makes the record a hatch. False, unchanged, for more than kMaxFamilies, a spacing that is not above 0,
+    /// or lengths that are negative or not finite.
     bool SetFamilies(const std::vector<Family>& families);
     const std::vector<Family>& Families() const { return m_families; }
     /// Makes the record a bitmap texture of the record at that index of the bitmap table.
@@ -54,9 +54,9 @@ public:
     ZvColor GetGround() const { return m_ground; }
     void SetGround(const ZvColor& color);
 
-    /// The hatch lines inside the area of `rings` (closed, even-odd), clipped to `window`, in world coordinates.
-    /// `unitToWorld`: world units of one pattern unit. Families that would need more than `maxLines` lines give none; false then,
-    /// and the caller fills with the colour instead.
+    /// The hatch lines inside the area of `rings` (closed, even-odd), clipped to `window`, in world
+    /// coordinates. `unitToWorld`: world units of one pattern unit. Families that would need more than
+    /// `maxLines` lines give none; false then, and the caller fills with the colour instead.
     bool GenerateHatch(std::span<const std::span<const Vec2d>> rings, const ZvBounds2D& window,
                        double unitToWorld, size_t maxLines, const SegmentSink& sink) const;
 

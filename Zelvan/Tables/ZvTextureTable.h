@@ -6,4 +6,5 @@ class ZV_API ZvTextureTable : public ZvTableOf<ZvTexture, ZvTableCode::Texture> 
 public:
     using ZvTableOf::ZvTableOf;
     XStringW DefaultNameBase() const override;
+    bool IsHeldByIndex() const override { return true; }
 };

@@ -13,11 +13,13 @@ struct ZV_API ZvCoordSystem {
     double metersPerUnit =
         1; ///< metres of one coordinate unit; for geographic systems of one degree along the equator
     bool IsSet() const { return kind != Kind::None; }
+    /// As fields of a record or table, "id.Kind" and so on.
+    void Visit(ZvRecordFields& visit, const char* id);
     friend bool operator==(const ZvCoordSystem&, const ZvCoordSystem&) = default;
 };
 
-/// A user coordinate system: the user's unit, origin and axes, and optionally the coordinate system in which the user reads
-/// positions.
+/// A user coordinate system: the user's unit, origin and axes, and optionally the coordinate system in which
+/// the user reads positions.
 class ZV_API ZvUcs : public ZvTableRecord {
 public:
     uint16_t GetRecordCode() const override { return ZvTableCode::Ucs; }
@@ -28,7 +30,8 @@ public:
     void SetScale(double unitsPerMeter);
     const Vec3d& GetOrigin() const { return m_origin; }
     void SetOrigin(const Vec3d& origin);
-    /// Unit vectors at right angles. False, unchanged, for axes of no length or along each other; `y` is made square to `x`.
+    /// Unit vectors at right angles. False, unchanged, for axes of no length or along each other; `y` is made
+    /// square to `x`.
     bool SetAxes(const Vec3d& x, const Vec3d& y);
     const Vec3d& GetXAxis() const { return m_xAxis; }
     const Vec3d& GetYAxis() const { return m_yAxis; }

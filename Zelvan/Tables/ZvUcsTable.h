@@ -9,8 +9,9 @@ public:
     XStringW DefaultNameBase() const override;
     /// Applies unit preset 0 with scale 1.0 when the record named by text 45000 is missing.
     void CreateDefaults() override;
-    /// The record of the preset (0: world units, text 45000; 1 the next text, and so on) gets the scale and becomes current; it is
-    /// made when missing. False for a preset that there is not.
+    /// The record of the preset (0: world units, named by text 45000; n: preset n - 1 of ZvUnits, named as
+    /// its unit) gets the scale and becomes current; it is made when missing. False for a preset that there
+    /// is not.
     bool ApplyUnitPreset(int preset, double unitsPerMeter);
 
     const ZvCoordSystem& CoordinateSystem() const { return m_coordSystem; }
@@ -19,8 +20,11 @@ public:
     double MetersToWorld(double meters) const;
     double WorldToMeters(double world) const;
 
+    void NativeInPostFix(ZvNativeDesc& desc) override;
+
 protected:
     void TableFields(ZvRecordFields& visit) override;
+    void OnPurged() override;
 
 private:
     ZvCoordSystem m_coordSystem;

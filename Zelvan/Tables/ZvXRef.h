@@ -3,13 +3,15 @@
 #include "ZvCore/Mat4T.h"
 #include "ZvCore/Vec.h"
 
-/// An external reference: another file that is shown in this drawing, at a place, without becoming part of it.
+/// An external reference: another file that is shown in this drawing, at a place, without becoming part of
+/// it.
 class ZV_API ZvXRef : public ZvTableRecord {
 public:
     uint16_t GetRecordCode() const override { return ZvTableCode::XRef; }
     std::unique_ptr<ZvTableRecord> NewOfKind() const override;
 
-    /// As the user gave it: absolute, or relative to the drawing's folder. UTF-16, '/' or '\' between folders.
+    /// As the user gave it: absolute, or relative to the drawing's folder. UTF-16, '/' or '\' between
+    /// folders.
     const XStringW& GetPath() const { return m_path; }
     void SetPath(const XStringW& path);
     const Vec3d& GetOrigin() const { return m_origin; }

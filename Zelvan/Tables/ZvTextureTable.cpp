@@ -1,0 +1,5 @@
+#include "Zelvan/Tables/ZvTextureTable.h"
+
+XStringW ZvTextureTable::DefaultNameBase() const {
+    return u"Texture";
+}

@@ -1,0 +1,5 @@
+#include "Zelvan/Tables/ZvViewTable.h"
+
+XStringW ZvViewTable::DefaultNameBase() const {
+    return u"View";
+}
