@@ -1,0 +1,185 @@
+#include "ScratchFolder.h"
+#include "ZvCore/Platform/Platform.h"
+#include "ZvdRun.h"
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+namespace {
+
+class Zvd : public ::testing::Test {
+protected:
+    ZvdRun Run(const std::string& arguments) { return RunZvd(m_folder.Path(), arguments); }
+    fs::path In(const std::string& name) const { return m_folder.Path() / ZvPlatform::PathFromUtf8(name); }
+    std::string Q(const std::string& name) const { return Quote(In(name)); }
+    /// A small map with lines and polygons on three layers.
+    void MakeMap(const std::string& name, const std::string& options = "") {
+        const ZvdRun run = Run("bench-data " + Q(name) + " --lines 500 --polygons 60 --layers 2 " + options);
+        ASSERT_EQ(run.code, 0) << run.err;
+    }
+    Json Info(const std::string& name) {
+        const ZvdRun run = Run("info --json " + Q(name));
+        EXPECT_EQ(run.code, 0) << run.err;
+        return Json::parse(run.out, nullptr, false);
+    }
+
+    ScratchFolder m_folder;
+};
+
+} // namespace
+
+TEST_F(Zvd, HelpTeachesTheCommandsAndExitCodes) {
+    const ZvdRun run = Run("--help");
+    EXPECT_EQ(run.code, 0);
+    for (const char* word : {"convert", "info", "check", "dump", "render", "Examples", "Exit codes"})
+        EXPECT_NE(run.out.find(word), std::string::npos) << word;
+    EXPECT_EQ(Run("convert --help").code, 0);
+}
+
+TEST_F(Zvd, EveryRefusalIsOneLineWithItsCodeAndTouchesNothing) {
+    MakeMap("good.zvd");
+    fs::create_directory(In("folder"));
+    WriteFile(In("empty.zvd"), "");
+    WriteFile(In("other.zvd"), "This is a letter to my aunt, and no drawing at all.");
+    WriteFile(In("unknown.xyz"), "?");
+    WriteFile(In("target.zvd"), "precious");
+    const std::string good = Q("good.zvd");
+    const struct {
+        std::string arguments;
+        int code;
+    } cases[] = {
+        {"info " + Q("missing.zvd"), 3},
+        {"info " + Q("folder"), 3},
+        {"info " + Q("empty.zvd"), 4},
+        {"info " + Q("other.zvd"), 4},
+        {"info " + Q("unknown.xyz"), 3},
+        {"check " + Q("missing.zvd"), 3},
+        {"dump " + Q("other.zvd"), 4},
+        {"convert " + Q("missing.zvd") + " " + Q("target.zvd"), 3},
+        {"convert " + Q("other.zvd") + " " + Q("target.zvd"), 4},
+        {"convert " + good + " " + Q("no-such-folder/out.zvd"), 5},
+        {"convert " + good + " " + Q("folder"), 5},
+        {"convert " + good + " " + Q("out.unknownkind"), 5},
+        {"render " + good + " " + Q("out.gif"), 2},
+        {"render " + good + " " + Q("no-such-folder/out.png"), 5},
+        {"render " + good + " " + Q("out.png") + " --size 0x0", 2},
+        {"render " + good + " " + Q("out.png") + " --extent 1,1,0,0", 2},
+        {"info --entity 999999 " + good, 2},
+    };
+    for (const auto& c : cases) {
+        const ZvdRun run = Run(c.arguments);
+        EXPECT_EQ(run.code, c.code) << c.arguments << "\n" << run.err;
+        EXPECT_EQ(run.ErrorLines(), 1u) << c.arguments << "\n" << run.err;
+        EXPECT_EQ(run.err.rfind("zvd: ", 0), 0u) << run.err;
+    }
+    EXPECT_EQ(ReadFile(In("target.zvd")), "precious");
+    EXPECT_FALSE(fs::exists(In("out.png")));
+    EXPECT_EQ(Run("frobnicate").code, 2);
+    EXPECT_EQ(Run("convert onlyone.zvd").code, 2);
+}
+
+TEST_F(Zvd, MapSurvivesEveryCompressionLevelWithTheSameContent) {
+    MakeMap("map.zvd", "--level 0");
+    const Json first = Info("map.zvd");
+    ASSERT_EQ(first["entities"], 560);
+    for (int level : {1, 3, 5, 6, 9}) {
+        const std::string name = "level" + std::to_string(level) + ".zvd";
+        ASSERT_EQ(Run("convert " + Q("map.zvd") + " " + Q(name) + " --level " + std::to_string(level)).code,
+                  0);
+        const ZvdRun check = Run("check " + Q(name));
+        EXPECT_EQ(check.code, 0) << check.out;
+        const Json info = Info(name);
+        EXPECT_EQ(info["header"]["solid"], level >= 6);
+        EXPECT_EQ(info["header"]["checksum"], "right");
+        for (const char* key : {"entities", "extents", "tables"})
+            EXPECT_EQ(info[key], first[key]) << key;
+        ASSERT_EQ(info["layers"].size(), first["layers"].size());
+        for (size_t i = 0; i < first["layers"].size(); ++i)
+            EXPECT_EQ(info["layers"][i]["kinds"], first["layers"][i]["kinds"]);
+        // The way back gives the first file's bytes: nothing was lost, and the writer is deterministic.
+        ASSERT_EQ(Run("convert " + Q(name) + " " + Q("back.zvd") + " --level 0").code, 0);
+        EXPECT_EQ(ReadFile(In("back.zvd")), ReadFile(In("map.zvd"))) << level;
+    }
+}
+
+TEST_F(Zvd, CheckTellsTheOffsetOfDamageAndLoadsRefuseIt) {
+    MakeMap("map.zvd");
+    std::string bytes = ReadFile(In("map.zvd"));
+    WriteFile(In("cut.zvd"), bytes.substr(0, bytes.size() * 2 / 3));
+    bytes[bytes.size() / 2] = char(bytes[bytes.size() / 2] ^ 0x55);
+    WriteFile(In("flipped.zvd"), bytes);
+    for (const char* name : {"cut.zvd", "flipped.zvd"}) {
+        const ZvdRun check = Run("check --json " + Q("map.zvd") + " " + Q(name));
+        EXPECT_EQ(check.code, 1) << check.err;
+        const Json report = Json::parse(check.out, nullptr, false);
+        ASSERT_EQ(report.size(), 2u);
+        EXPECT_TRUE(report[0]["sound"]);
+        EXPECT_FALSE(report[1]["sound"]);
+        ASSERT_FALSE(report[1]["findings"].empty());
+        EXPECT_TRUE(report[1]["findings"][0].contains("offset"));
+        const ZvdRun info = Run("info " + Q(name));
+        EXPECT_EQ(info.code, 4) << info.err;
+        EXPECT_EQ(info.ErrorLines(), 1u) << info.err;
+    }
+}
+
+TEST_F(Zvd, DumpNamesEveryFieldOfTheHeader) {
+    MakeMap("map.zvd");
+    const ZvdRun run = Run("dump --entities 2 " + Q("map.zvd"));
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_NE(run.out.find("1075"), std::string::npos);
+    const ZvdRun json = Run("dump --json --entities 1 " + Q("map.zvd"));
+    const Json line = Json::parse(json.out.substr(0, json.out.find('\n')), nullptr, false);
+    EXPECT_EQ(line["offset"], 0);
+}
+
+TEST_F(Zvd, PicturesAreWrittenInTheirFormat) {
+    MakeMap("map.zvd");
+    const ZvdRun png = Run("render --json " + Q("map.zvd") + " " + Q("map.png") +
+                           " --size 640x480 --background \"#102030\"");
+    ASSERT_EQ(png.code, 0) << png.err;
+    const std::string picture = ReadFile(In("map.png"));
+    EXPECT_EQ(picture.substr(0, 4), "\x89PNG");
+    EXPECT_EQ(picture.substr(16, 8), std::string("\0\0\x02\x80\0\0\x01\xE0", 8));
+    const Json report = Json::parse(png.out, nullptr, false);
+    EXPECT_EQ(report["width"], 640);
+    EXPECT_GT(report["entitiesDrawn"].get<int>() + report["nodesBelowPixel"].get<int>(), 0);
+#ifndef _WIN32
+    ASSERT_EQ(Run("render " + Q("map.zvd") + " " + Q("map.pdf") + " --paper A3 --scale 1:5000000").code, 0);
+    EXPECT_EQ(ReadFile(In("map.pdf")).substr(0, 5), "%PDF-");
+    ASSERT_EQ(Run("render " + Q("map.zvd") + " " + Q("map.svg")).code, 0);
+    EXPECT_NE(ReadFile(In("map.svg")).find("<svg"), std::string::npos);
+#endif
+    for (const fs::directory_entry& entry : fs::directory_iterator(m_folder.Path()))
+        EXPECT_NE(entry.path().filename().string().rfind(".zvd-", 0), 0u) << "left over: " << entry.path();
+}
+
+#ifndef _WIN32
+TEST_F(Zvd, PathsMayBeInAnyScript) {
+    MakeMap("карта 地図 – ü.zvd");
+    EXPECT_EQ(Info("карта 地図 – ü.zvd")["entities"], 560);
+    EXPECT_EQ(Run("convert " + Q("карта 地図 – ü.zvd") + " " + Q("χάρτης.zvd")).code, 0);
+}
+
+TEST_F(Zvd, InterruptedWorkLeavesTheTargetAsItWas) {
+    WriteFile(In("target.zvd"), "precious");
+    const ZvdRun run =
+        RunZvd(m_folder.Path(), "bench-data " + Q("target.zvd") + " --lines 20000000", "timeout -s INT 0.5");
+    EXPECT_TRUE(run.code == 130 || run.code == 124) << run.code; // the time limit's own code, or ours
+    EXPECT_NE(run.err.find("interrupted"), std::string::npos) << run.err;
+    EXPECT_EQ(ReadFile(In("target.zvd")), "precious");
+}
+
+TEST_F(Zvd, DemoProvesThatTheReloadedWorldEqualsTheFirst) {
+    const ZvdRun run = Run("demo --source " + Quote(fs::path(ZELVAN_SAMPLES_DIR) / "world.geojson") +
+                           " --out " + Quote(m_folder.Path()));
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_NE(run.out.find("equals the first"), std::string::npos);
+    for (const char* name : {"world.zvd", "world.png", "world.svg", "world.pdf"})
+        EXPECT_GT(fs::file_size(In(name)), 10000u) << name;
+    const Json entity = Json::parse(Run("info --json --entity 1 " + Q("world.zvd")).out, nullptr, false);
+    EXPECT_TRUE(entity[0]["attributes"].contains("name"));
+}
+#endif
