@@ -28,7 +28,7 @@ TEST(ValuesInDrawing, ByLayerResolvesThroughTheEntity) {
     layer.SetColor(ZvColor(1, 2, 3));
     layer.SetLineWidth(ZvLineWidth::Points(2));
     layer.SetLineType(ZvLineType(1));
-    layer.SetBrush(ZvBrush::Solid(ZvColor::ByLayer()));
+    layer.SetBrush(ZvBrush::CrossHatch(ZvColor(2)));
     ZvColor color(5);
     ZvLineWidth width;
     ZvLineType type;
@@ -40,6 +40,8 @@ TEST(ValuesInDrawing, ByLayerResolvesThroughTheEntity) {
     EXPECT_TRUE(ZvLineType::ByLayer().Resolve(entity, type));
     EXPECT_EQ(type, ZvLineType(1));
     EXPECT_TRUE(ZvBrush::ByLayer().Resolve(entity, brush));
+    EXPECT_EQ(brush, ZvBrush::CrossHatch(ZvColor(2)));
+    EXPECT_TRUE(ZvBrush::Solid(ZvColor::ByLayer()).Resolve(entity, brush));
     EXPECT_EQ(brush, ZvBrush::Solid(ZvColor(1, 2, 3)));
 
     const ZvPointEnt loose({0, 0, 0});
