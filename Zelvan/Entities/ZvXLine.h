@@ -371,6 +371,8 @@ private:
     bool ReplaceKeepingParts(const dvect<Vec4d>& vertices);
     bool ReplacePart(uint32_t part, uint32_t removed, const dvect<Vec4d>* vertices, bool closed);
     double DistanceAlong(const Ray3d& ray) const;
+    /// The height goes evenly from the segment's first vertex to its end; t is 0..1.
+    Vec3d PointOnSegment(uint32_t part, uint32_t vertex, double t, const Vec2d& xy) const;
     bool FindClosest(const Vec3d& point, const Vec3d* reference, ZvClosest& closest) const;
     std::unique_ptr<ZvXLine> Extract(std::span<const uint32_t> parts, bool isPolygon, bool close) const;
     std::unique_ptr<ZvXLine> ExtractSegment(uint32_t from, uint32_t to) const;

@@ -1,5 +1,6 @@
 // What a user does with a polyline by hand: snaps, grips, intersections, transforms, exploding.
 #include "Zelvan/Entities/ZvXLineScan.h"
+#include "Zelvan/Tools/ZvSegmentSweep.h"
 #include <algorithm>
 #include <cmath>
 
@@ -19,14 +20,10 @@ void ZvXLine::GetSnapsVertices(const ZvBounds2D& window, ZvSnaps& snaps) const {
 void ZvXLine::GetSnapsMidPoint(const ZvBounds2D& window, ZvSnaps& snaps) const {
     if (!window.PositiveUnion(IBounds2D()))
         return;
-    const FltData flt = GetFlt();
     ZvXLineScan::Segments(*this, [&](uint32_t part, uint32_t vertex, const ZvSegment2D& s) {
         const Vec2d mid = s.At(0.5);
-        if (window.IsInsideMe(mid)) {
-            const double z0 = Unpack(flt, vertex).z;
-            const double z1 = Unpack(flt, ZvXLineScan::SegmentEnd(*this, part, vertex)).z;
-            snaps.push_back({ZvSnapKind::MidPoint, {mid.x, mid.y, (z0 + z1) / 2}});
-        }
+        if (window.IsInsideMe(mid))
+            snaps.push_back({ZvSnapKind::MidPoint, PointOnSegment(part, vertex, 0.5, mid)});
         return true;
     });
 }
@@ -44,81 +41,74 @@ void ZvXLine::GetSnapsEdge(const Vec3d& nearPoint, double radius, ZvSnaps& snaps
 
 namespace {
 
-/// The segments of a line that come near a box, by their left ends.
-std::vector<ZvSegment2D> SegmentsNear(const ZvXLine& line, const ZvBounds2D& box) {
-    std::vector<ZvSegment2D> segments;
-    ZvXLineScan::Segments(line, [&](uint32_t, uint32_t, ZvSegment2D s) {
+/// Points closer than this share of the extent are one point.
+constexpr double kSamePoint = 1e-9;
+
+struct Piece {
+    ZvSegment2D segment;
+    uint32_t part, vertex;
+};
+
+struct Crossing {
+    double along; ///< number of the segment plus the share of its length
+    Vec3d point;
+};
+
+/// The segments that come into the box, with boxes of their own.
+void PiecesIn(const ZvXLine& line, const ZvBounds2D& box, std::vector<Piece>& pieces,
+              std::vector<ZvBounds2D>& boxes) {
+    ZvXLineScan::Segments(line, [&](uint32_t part, uint32_t vertex, const ZvSegment2D& s) {
         if (s.MeetsBox(box)) {
-            if (s.a.x > s.b.x)
-                std::swap(s.a, s.b);
-            segments.push_back(s);
+            pieces.push_back({s, part, vertex});
+            boxes.emplace_back(std::min(s.a.x, s.b.x), std::min(s.a.y, s.b.y), std::max(s.a.x, s.b.x),
+                               std::max(s.a.y, s.b.y));
         }
         return true;
     });
-    std::sort(segments.begin(), segments.end(),
-              [](const ZvSegment2D& s, const ZvSegment2D& t) { return s.a.x < t.a.x; });
-    return segments;
 }
 
-/// Tries the new segment with those of the other line that still reach its left end, dropping the rest.
-void Meet(const ZvSegment2D& fresh, std::vector<const ZvSegment2D*>& others, std::vector<Vec2d>& found) {
-    std::erase_if(others, [&](const ZvSegment2D* s) { return s->b.x < fresh.a.x; });
-    const double lo = std::min(fresh.a.y, fresh.b.y), hi = std::max(fresh.a.y, fresh.b.y);
-    for (const ZvSegment2D* s : others) {
-        if (std::max(s->a.y, s->b.y) < lo || std::min(s->a.y, s->b.y) > hi)
-            continue;
-        Vec2d points[2];
-        const int count = fresh.Intersect(*s, points);
-        found.insert(found.end(), points, points + count);
+/// In the order along the line, each place once: neighbouring segments meet the other line at a vertex twice.
+void Append(std::vector<Crossing>& found, double same, std::vector<Vec3d>& points) {
+    std::sort(found.begin(), found.end(),
+              [](const Crossing& a, const Crossing& b) { return a.along < b.along; });
+    const size_t start = points.size();
+    for (const Crossing& c : found) {
+        const auto near = [&](const Vec3d& p) { return (p.XY() - c.point.XY()).LengthSq() <= same * same; };
+        if (points.size() == start || !(near(points.back()) || near(points[start])))
+            points.push_back(c.point);
     }
-}
-
-/// Neighbouring segments meet at a vertex twice.
-void DropRepeated(std::vector<Vec2d>& points, double tolerance) {
-    std::sort(points.begin(), points.end(),
-              [](const Vec2d& a, const Vec2d& b) { return a.x != b.x ? a.x < b.x : a.y < b.y; });
-    size_t kept = 0;
-    for (const Vec2d& p : points) {
-        bool known = false;
-        for (size_t k = kept; k-- > 0 && p.x - points[k].x <= tolerance && !known;)
-            known = std::abs(p.y - points[k].y) <= tolerance;
-        if (!known)
-            points[kept++] = p;
-    }
-    points.resize(kept);
 }
 
 } // namespace
 
+// As the base does it, but only segments where the bounds of both overlap are taken out of the blocks.
 void ZvXLine::GetIntersectionPoints(const ZvEntity& other, std::vector<Vec3d>& points, uint32_t flags) const {
-    if (!other.IsXLine() || flags != kIntersectPlain || &other == this) {
+    if (!other.IsXLine() || flags != kIntersectPlain) {
         ZvFilledEntity::GetIntersectionPoints(other, points, flags);
         return;
     }
     const auto& line = static_cast<const ZvXLine&>(other);
-    ZvBounds2D common = IBounds2D();
-    const ZvBounds2D its = line.IBounds2D();
-    common = {std::max(common.minX, its.minX), std::max(common.minY, its.minY),
-              std::min(common.maxX, its.maxX), std::min(common.maxY, its.maxY)};
-    if (common.IsNull())
+    const ZvBounds2D mine = IBounds2D(), its = line.IBounds2D();
+    const double extent = std::max(mine.MaxDimension(), its.MaxDimension()), slack = extent * kSamePoint;
+    ZvBounds2D common{std::max(mine.minX, its.minX), std::max(mine.minY, its.minY),
+                      std::min(mine.maxX, its.maxX), std::min(mine.maxY, its.maxY)};
+    common.Grow(slack);
+    if (mine.IsNull() || its.IsNull() || common.IsNull())
         return;
-    // A sweep from left to right over both, each new segment against the live ones of the other line.
-    const std::vector<ZvSegment2D> mine = SegmentsNear(*this, common), theirs = SegmentsNear(line, common);
-    std::vector<const ZvSegment2D*> liveMine, liveTheirs;
-    std::vector<Vec2d> found;
-    for (size_t i = 0, k = 0; i < mine.size() || k < theirs.size();) {
-        const bool takeMine = k == theirs.size() || (i < mine.size() && mine[i].a.x <= theirs[k].a.x);
-        if (takeMine) {
-            Meet(mine[i], liveTheirs, found);
-            liveMine.push_back(&mine[i++]);
-        } else {
-            Meet(theirs[k], liveMine, found);
-            liveTheirs.push_back(&theirs[k++]);
+    std::vector<Piece> pieces, others;
+    std::vector<ZvBounds2D> boxes, otherBoxes;
+    PiecesIn(*this, common, pieces, boxes);
+    PiecesIn(line, common, others, otherBoxes);
+    std::vector<Crossing> found;
+    for (const auto& [i, k] : ZvSegmentSweep::MeetingPairs(boxes, otherBoxes)) {
+        Vec2d at[2];
+        const Piece& piece = pieces[i];
+        for (int n = 0, count = piece.segment.Intersect(others[k].segment, at); n < count; ++n) {
+            const double t = piece.segment.ClosestParam(at[n]);
+            found.push_back({piece.vertex + t, PointOnSegment(piece.part, piece.vertex, t, at[n])});
         }
     }
-    DropRepeated(found, std::max(IBounds2D().MaxDimension(), its.MaxDimension()) * 1e-12);
-    for (const Vec2d& p : found)
-        points.push_back({p.x, p.y, 0});
+    Append(found, slack, points);
 }
 
 // --- grips ---------------------------------------------------------------------------------------------------------------

@@ -6,15 +6,15 @@
 namespace {
 /// Answer of distances where there is no geometry.
 constexpr double kNoDistance = 9e90;
+} // namespace
 
-/// Z and the rest of a point on a segment of the line.
-Vec3d PointOnSegment(const ZvXLine& line, uint32_t part, uint32_t vertex, double t, const Vec2d& xy) {
-    const auto flt = line.GetFlt();
-    const double z0 = line.Unpack(flt, vertex).z;
-    const double z1 = line.Unpack(flt, ZvXLineScan::SegmentEnd(line, part, vertex)).z;
+Vec3d ZvXLine::PointOnSegment(uint32_t part, uint32_t vertex, double t, const Vec2d& xy) const {
+    if (!HasZ())
+        return {xy.x, xy.y, 0};
+    const FltData flt = GetFlt();
+    const double z0 = Unpack(flt, vertex).z, z1 = Unpack(flt, ZvXLineScan::SegmentEnd(*this, part, vertex)).z;
     return {xy.x, xy.y, z0 + (z1 - z0) * t};
 }
-} // namespace
 
 // --- measures ------------------------------------------------------------------------------------------------------------
 
@@ -114,7 +114,7 @@ bool ZvXLine::FindClosest(const Vec3d& point, const Vec3d* reference, ZvClosest&
     if (closest.index < 0)
         return false;
     closest.distance = std::sqrt(bestSq);
-    closest.point = PointOnSegment(*this, uint32_t(closest.part), uint32_t(closest.index), bestT, best);
+    closest.point = PointOnSegment(uint32_t(closest.part), uint32_t(closest.index), bestT, best);
     return true;
 }
 
