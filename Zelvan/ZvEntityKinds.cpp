@@ -17,10 +17,14 @@ ZvServer::Kind Kind(uint16_t code, const char* typeName) {
 
 // One line a kind. Codes and names stand in files.
 std::vector<ZvServer::Kind> ZvBuiltInKinds() {
-    return {
+    std::vector<ZvServer::Kind> kinds = {
         Kind<ZvMultiPoint>(ZvEntityCode::MultiPoint, "ZvMultiPoint"),
         Kind<ZvPointEnt>(ZvEntityCode::PointEnt, "ZvPointEnt"),
         Kind<ZvRawCompound>(ZvEntityCode::RawCompound, "ZvRawCompound"),
         Kind<ZvXLine>(ZvEntityCode::XLine, "ZvXLine"),
     };
+    // Records of older kinds become polylines as they are read.
+    for (const ZvXLine::OldKind& old : ZvXLine::OldKinds())
+        kinds.push_back({ZvEntityCode::kBuiltInClient, old.entityCode, old.typeName, old.make});
+    return kinds;
 }
