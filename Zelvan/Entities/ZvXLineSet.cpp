@@ -99,7 +99,7 @@ ZvXLine::Extent::Extent(const Source& source) {
     double taint = 0;
     const double* start = source.vertices;
     for (int axis = 0; axis < 4; ++axis) {
-        if (!source.Has(axis))
+        if (!source.Has(axis) || source.numVerts == 0)
             continue;
         const double* values = start + source.At(axis);
         min[axis] = DBL_MAX, max[axis] = -DBL_MAX;

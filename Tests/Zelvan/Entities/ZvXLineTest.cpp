@@ -81,7 +81,7 @@ TEST(XLine, NewEntityIsEmptyAndTwoPointsMakeALine) {
     EXPECT_FALSE(flat.HasZ());
     EXPECT_FALSE(flat.PClosed(0));
     EXPECT_TRUE(tall.HasZ());
-    EXPECT_EQ(tall.Unpack(tall.GetFlt(), 1).z, 5);
+    EXPECT_NEAR(tall.Unpack(tall.GetFlt(), 1).z, 5, 1e-8);
     EXPECT_TRUE(ZvXLine(Vec4d{0, 0, 0, 1}, Vec4d{1, 0, 0, 2}).HasM());
 }
 
@@ -286,7 +286,7 @@ TEST(XLine, PartsAreAddressedThroughTheTable) {
 }
 
 TEST(XLine, SettersKeepPartsAndDropCaches) {
-    auto line = PolygonFromText("0,0 9,0 9,9 0,9 4,5; 2,2 3,2 3,3");
+    auto line = PolygonFromText("0,0 9,0 9,9 0,9 4,5; 2,2 3,2 3,3", 1);
     line->TriangulateIfNecessary();
     line->EnsureDepths();
     ASSERT_TRUE(line->HasTriangles());
@@ -308,7 +308,7 @@ TEST(XLine, SettersKeepPartsAndDropCaches) {
 }
 
 TEST(XLine, PartsCanBeReplacedOneByOne) {
-    auto line = LineFromText("0,0 1,0; 5,5 6,5 6,6 close; 7,7 8,8");
+    auto line = LineFromText("0,0 1,0; 5,5 6,5 6,6 close; 7,7 8,8", 1);
     dvect<Vec4d> part;
     bool closed = false;
     ASSERT_TRUE(line->MLVGetPart(1, part, &closed));
