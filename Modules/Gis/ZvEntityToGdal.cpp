@@ -82,23 +82,42 @@ std::unique_ptr<OGRGeometry> ZvEntityToGdal::Line(const ZvXLine& line) {
     return multi;
 }
 
+// Holes go to the outer ring that encloses them; one that lies in none (rings that cross) to the outer ring before it.
 std::unique_ptr<OGRGeometry> ZvEntityToGdal::Polygon(const ZvXLine& polygon) {
-    auto multi = std::make_unique<OGRMultiPolygon>();
-    auto addRing = [&](OGRPolygon& to, uint32_t part) {
+    polygon.EnsureDepths();
+    std::vector<int32_t> parents;
+    const uint32_t first = polygon.GetOuterParts(0);
+    if (polygon.GetOuterParts(first + 1) < polygon.NumParts())
+        polygon.GetPartParents(parents);
+    std::vector<std::unique_ptr<OGRPolygon>> outers(polygon.NumParts());
+    for (uint32_t part = first; part < polygon.NumParts(); part = polygon.GetOuterParts(part + 1))
+        outers[part] = std::make_unique<OGRPolygon>();
+    using Placed = std::pair<uint32_t, std::unique_ptr<OGRLinearRing>>;
+    std::vector<Placed> shells, holes;
+    uint32_t before = first;
+    for (uint32_t part = 0; part < polygon.NumParts(); ++part) {
+        uint32_t to = part;
+        if (outers[part]) {
+            before = part;
+        } else {
+            const int32_t parent = parents.empty() ? int32_t(first) : parents[part];
+            to = parent >= 0 && outers[uint32_t(parent)] ? uint32_t(parent) : before;
+        }
         auto ring = std::make_unique<OGRLinearRing>();
         FillCurve(polygon, part, true, *ring);
-        to.addRingDirectly(ring.release());
-    };
-    std::vector<uint32_t> holes;
-    for (uint32_t part = polygon.GetOuterParts(0, &holes); part < polygon.NumParts();
-         part = polygon.GetOuterParts(part + 1, &holes)) {
-        auto one = std::make_unique<OGRPolygon>();
-        addRing(*one, part);
-        for (uint32_t hole : holes)
-            addRing(*one, hole);
-        multi->addGeometryDirectly(one.release());
+        if (to < outers.size())
+            (to == part ? shells : holes).emplace_back(to, std::move(ring));
     }
-    if (multi->getNumGeometries() == 1)
-        return std::unique_ptr<OGRGeometry>(multi->stealGeometry(0));
-    return multi;
+    for (std::vector<Placed>* rings : {&shells, &holes}) // a polygon's outer ring comes first
+        for (Placed& ring : *rings)
+            outers[ring.first]->addRingDirectly(ring.second.release());
+    auto multi = std::make_unique<OGRMultiPolygon>();
+    for (std::unique_ptr<OGRPolygon>& outer : outers)
+        if (outer)
+            multi->addGeometryDirectly(outer.release());
+    if (multi->getNumGeometries() != 1)
+        return multi;
+    OGRGeometry* only = multi->getGeometryRef(0);
+    multi->removeGeometry(0, FALSE);
+    return std::unique_ptr<OGRGeometry>(only);
 }

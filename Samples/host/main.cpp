@@ -36,6 +36,7 @@ int main() {
     const auto file = ZvCore::DiskFile::Open("host.png", ZvCore::DiskFile::Mode::Create, why);
     if (!file || !ZvPngWriter::Write(surface.Picture(), *file, why) || !file->Flush())
         return std::printf("%s\n", why.c_str()), 1;
-    std::printf("Zelvan %s: %d entities saved to host.zvd, drawn in host.png\n", ZvCore::Version::Text(), int(again.NameTable().Count()));
+    std::printf("Zelvan %s: %d entities saved to host.zvd, drawn in host.png\n", ZvCore::Version::Text(),
+                int(again.NameTable().Count()));
     return 0;
 }
