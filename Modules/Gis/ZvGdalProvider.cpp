@@ -45,6 +45,11 @@ std::vector<std::string> Words(const char* text) {
     return words;
 }
 
+XStringW LongName(GDALDriver& driver) {
+    const char* name = driver.GetMetadataItem(GDAL_DMD_LONGNAME);
+    return XStringW::FromUtf8(name ? name : driver.GetDescription());
+}
+
 std::string LowerId(std::string text) {
     for (char& c : text)
         c = c == ' ' ? '-' : char(std::tolower(static_cast<unsigned char>(c)));
@@ -90,7 +95,7 @@ std::vector<ZvFileFormat> ZvGdalProvider::Formats() const {
         const std::vector<std::string> extensions = Words(driver.GetMetadataItem(GDAL_DMD_EXTENSIONS));
         if (Can(driver, GDAL_DCAP_VECTOR) && !extensions.empty())
             add(driver, LowerId(driver.GetDescription()),
-                XStringW::FromUtf8(driver.GetMetadataItem(GDAL_DMD_LONGNAME)), extensions);
+                LongName(driver), extensions);
     }
     return formats;
 }
