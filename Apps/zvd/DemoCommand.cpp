@@ -97,8 +97,8 @@ ExitCode RunDemo(const Console& console, const DemoArguments& arguments) {
         return code;
     if (const std::string difference = FindDifference(*world.drawing, *again.drawing); !difference.empty())
         return console.Fail(ExitCode::Internal, "the reloaded drawing is not the same: " + difference);
-    console.Line("   The reloaded drawing equals the first: every layer, entity, coordinate and attribute, "
-                 "and the bytes of a second save.");
+    console.Line("   The reloaded drawing equals the first: every layer, entity, coordinate and attribute; "
+                 "another round gives the same bytes.");
 
     console.Line("4. Drawing it");
     nlohmann::ordered_json report{
