@@ -165,9 +165,10 @@ void ZvVerbStack::RunPending() {
 }
 
 void ZvVerbStack::PurgeAfterPosition() {
-    for (size_t i = m_verbs.size(); i > m_position; --i)
-        m_verbs[i - 1]->FlushNeverDone();
-    m_verbs.resize(m_position);
+    while (m_verbs.size() > m_position) {
+        m_verbs.back()->FlushNeverDone();
+        m_verbs.pop_back();
+    }
 }
 
 void ZvVerbStack::PurgeAll() {

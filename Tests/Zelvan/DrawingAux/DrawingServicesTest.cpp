@@ -113,6 +113,7 @@ TEST_F(DrawingServicesTest, ReactorsHearOfReactableEntitiesAndMayLeaveMeanwhile)
     entity.SetReactable(true);
     entity.RemoveAndDelete();
     EXPECT_EQ(first.removed, 1);
+    EXPECT_TRUE(handler.Unregister(&first));
 }
 
 TEST_F(DrawingServicesTest, AssociationsEndWithTheirEntities) {
@@ -322,6 +323,7 @@ TEST_F(DrawingServicesTest, DirectChangesLeaveWhatIsProtected) {
     EXPECT_TRUE(plain.IsErased());
     EXPECT_TRUE(drawing.CurrentSelection().IsEmpty());
     EXPECT_EQ(drawing.GetEntity(plain.Name()), &plain);
+    drawing.UIReactorHandler()->Unregister(&veto);
 }
 
 TEST_F(DrawingServicesTest, MergeTranslatesNamesLayersAndReferences) {
@@ -393,6 +395,7 @@ TEST_F(DrawingServicesTest, OldestIsSwappedOutFirstAndComesBackWhole) {
         std::vector<uint8_t> bytes;
         ZvSwapFile::Piece piece;
     } newest(30), oldest(10), middle(20);
+    Add();
     ZvSwapManager& swap = *drawing.SwapManager();
     for (Pixels* pixels : {&newest, &oldest, &middle})
         swap.Register(pixels);

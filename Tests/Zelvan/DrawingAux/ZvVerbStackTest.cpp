@@ -68,7 +68,7 @@ TEST_F(ZvVerbStackTest, UndoneVerbsAreRedoneOrDiscardedByTheNext) {
     EXPECT_EQ(TakeLog(), (Log{"-c", "-b", "rb", "-b"}));
     EXPECT_EQ(stack.Position(), 1);
     ZvVerb* d = drawing.DoVerbR(Verb("d"));
-    EXPECT_EQ(TakeLog(), (Log{"never c", "never b", "~c", "~b", "+d"}));
+    EXPECT_EQ(TakeLog(), (Log{"never c", "~c", "never b", "~b", "+d"}));
     EXPECT_EQ(d, stack.GetVerb(1));
     EXPECT_EQ(stack.GetVerbStack().size(), 2u);
     EXPECT_EQ(stack.VerbsExecuted(), 4);
