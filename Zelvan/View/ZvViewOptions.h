@@ -1,6 +1,5 @@
 #pragma once
 #include "ZvCore/Api.h"
-#include <cstdint>
 
 /// How a view shows its drawing. Shared by the views of a drawing.
 class ZV_API ZvViewOptions {
@@ -11,10 +10,6 @@ public:
     /// Metres of the world per metre of paper (1000 for 1:1000): points and millimetres then keep their size
     /// on paper and grow with the zoom. 0: they keep their size on the screen.
     double paperScale = 0;
-    uint32_t background = 0xFFFFFFFF; ///< 0xAARRGGBB
-    bool antialias = true;
-    bool lineWidths = true; ///< false: every line is thin
-    double lineTypeScale = 1;
 
     void Reset() { *this = {}; }
 };
