@@ -59,7 +59,8 @@ double ZvXLine::DistanceToV(const Ray3d& ray, const ZvScaleSetup* scale) const {
         const Vec2d p = ray.origin.XY();
         double bestSq = kNoDistance;
         ZvXLineScan::Segments(*this, [&](uint32_t, uint32_t, const ZvSegment2D& s) {
-            bestSq = std::min(bestSq, s.DistanceSq(p));
+            if (s.BoxDistanceSq(p) < bestSq)
+                bestSq = std::min(bestSq, s.DistanceSq(p));
             return true;
         });
         best = std::sqrt(bestSq);
@@ -99,6 +100,8 @@ bool ZvXLine::FindClosest(const Vec3d& point, const Vec3d* reference, ZvClosest&
     Vec2d best;
     closest.index = closest.part = -1;
     ZvXLineScan::Segments(*this, [&](uint32_t part, uint32_t vertex, const ZvSegment2D& s) {
+        if (s.BoxDistanceSq(p) > bestSq)
+            return true;
         const double t = s.ClosestParam(p);
         const Vec2d at = s.At(t);
         const double distanceSq = (p - at).LengthSq();
@@ -180,7 +183,7 @@ ZvOccupancy ZvXLine::InteriorTest(const Ray3d& ray) const {
         return ZvOccupancy::Outside;
     bool inside = false, on = false;
     ZvXLineScan::Segments(*this, [&](uint32_t part, uint32_t, const ZvSegment2D& s) {
-        on = s.DistanceSq(p) <= near * near;
+        on = s.BoxDistanceSq(p) <= near * near && s.DistanceSq(p) <= near * near;
         if (PIsRing(part) && (s.a.y > p.y) != (s.b.y > p.y) &&
             p.x < (s.b.x - s.a.x) * ((p.y - s.a.y) / (s.b.y - s.a.y)) + s.a.x)
             inside = !inside;

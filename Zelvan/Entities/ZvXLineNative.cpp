@@ -106,12 +106,21 @@ bool ZvXLine::SerializeHard(uint8_t* buffer, size_t size) const {
 }
 
 bool ZvXLine::NativeIn(ZvNativeDesc& desc) {
-    if (!m_data && m_microHi > 0 && size_t(m_microHi) <= OldKinds().size()) {
-        const OldReader read = OldKinds()[size_t(m_microHi) - 1].read;
-        m_microHi = 0;
-        return (this->*read)(desc);
-    }
-    return NativeInXLine(desc);
+    // The bound is the record's own, whoever asks.
+    const uint64_t start = desc.Position();
+    uint64_t length = 0;
+    if (!desc.ReadValue(length) || !desc.Seek(start))
+        return true;
+    const ZvNativeDesc::RecordScope record(desc, start, length);
+    if (!record.Fits())
+        return true;
+    const OldReader read = !m_data && m_microHi > 0 && size_t(m_microHi) <= OldKinds().size()
+                               ? OldKinds()[size_t(m_microHi) - 1].read
+                               : nullptr;
+    if (!read)
+        return NativeInXLine(desc);
+    m_microHi = 0;
+    return (this->*read)(desc);
 }
 
 bool ZvXLine::ReadNativeHeader(ZvNativeDesc& desc, uint8_t* header, size_t wanted) {

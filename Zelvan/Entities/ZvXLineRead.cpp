@@ -81,6 +81,10 @@ ZvXLine::FltData ZvXLine::GetFlt() const {
 Vec4d ZvXLine::Unpack(const FltData& flt, uint32_t i) const {
     if (i == 0)
         return {flt.origin[0], flt.origin[1], flt.origin[2], flt.origin[3]};
+    if (!(m_xflags & (kHasZ | kHasM | k64))) {
+        const int32_t* q = MVerts32() + (size_t(i) - 1) * 2;
+        return {flt.origin[0] + q[0] * flt.scale[0], flt.origin[1] + q[1] * flt.scale[1], 0, 0};
+    }
     const size_t dims = size_t(DimCount());
     double v[4] = {};
     if (Is64()) {
@@ -135,8 +139,14 @@ void ZvXLine::ReadXYZ(uint32_t first, uint32_t count, Vec3d* out) const {
 
 void ZvXLine::ReadXYZM(uint32_t first, uint32_t count, Vec4d* out) const {
     const FltData flt = GetFlt();
-    for (uint32_t i = 0; i < count; ++i)
-        out[i] = Unpack(flt, first + i);
+    if (DimCount() > 2 || Is64()) {
+        for (uint32_t i = 0; i < count; ++i)
+            out[i] = Unpack(flt, first + i);
+        return;
+    }
+    EachQuanta<2>(MVerts32(), first, count, [&](uint32_t i, const int32_t* q) {
+        out[i] = {flt.origin[0] + q[0] * flt.scale[0], flt.origin[1] + q[1] * flt.scale[1], 0, 0};
+    });
 }
 
 void ZvXLine::ReadXYf(uint32_t first, uint32_t count, const Affine2& map, Vec2f* out) const {

@@ -2,6 +2,7 @@
 #include "Zelvan/ZvBounds.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/Vec.h"
+#include <algorithm>
 
 /// Geometry of straight segments in the plane. Units are the caller's.
 struct ZV_API ZvSegment2D {
@@ -14,6 +15,12 @@ struct ZV_API ZvSegment2D {
         const double lengthSq = d.LengthSq();
         const double t = lengthSq > 0 ? (p - a).Dot(d) / lengthSq : 0;
         return t > 0 ? t < 1 ? t : 1 : 0;
+    }
+    /// Distance of the segment's box: never more than that of the segment, and quick.
+    double BoxDistanceSq(const Vec2d& p) const {
+        const double dx = std::max({0.0, std::min(a.x, b.x) - p.x, p.x - std::max(a.x, b.x)});
+        const double dy = std::max({0.0, std::min(a.y, b.y) - p.y, p.y - std::max(a.y, b.y)});
+        return dx * dx + dy * dy;
     }
     double DistanceSq(const Vec2d& p) const { return (p - At(ClosestParam(p))).LengthSq(); }
 

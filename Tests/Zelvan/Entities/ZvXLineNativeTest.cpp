@@ -26,9 +26,14 @@ std::vector<uint8_t> Record(const ZvXLine& line) {
     return {s.bytes.Data(), s.bytes.Data() + s.bytes.Length()};
 }
 
-/// Reads the record; true on success. `reader` null: NativeIn.
-bool Read(const std::vector<uint8_t>& record, ZvXLine& line) {
+/// Reads the record; true on success. Something else follows it in the stream.
+bool Read(std::vector<uint8_t> record, ZvXLine& line, bool fitLength = false) {
     Stream s;
+    const uint64_t length = record.size();
+    if (fitLength)
+        std::memcpy(record.data(), &length, 8);
+    if (fitLength)
+        record.resize(record.size() + 100, 0x55);
     s.bytes.Write(record.data(), record.size());
     s.bytes.Seek(0);
     const bool failed = line.NativeIn(s.Desc());
@@ -89,7 +94,7 @@ std::unique_ptr<ZvXLine> ReadOld(const OldRecord& record, uint16_t code) {
     for (const ZvXLine::OldKind& kind : ZvXLine::OldKinds())
         if (kind.entityCode == code) {
             std::unique_ptr<ZvEntity> entity = kind.make();
-            if (!Read(record.bytes, *entity->ToXLine()))
+            if (!Read(record.bytes, *entity->ToXLine(), true))
                 return nullptr;
             return std::unique_ptr<ZvXLine>(static_cast<ZvXLine*>(entity.release()));
         }
@@ -147,12 +152,12 @@ TEST(XLineNative, LongerHeadersAreSkippedAndShorterOnesPadded) {
     longer.insert(longer.begin() + 60, {1, 2, 3, 4, 5});
     Put(longer, 30, uint16_t(35));
     ZvXLine line;
-    ASSERT_TRUE(Read(longer, line));
+    ASSERT_TRUE(Read(longer, line, true));
     EXPECT_EQ(line.NumVerts(), 3u);
     std::vector<uint8_t> shorter = Record(ZvXLine());
     shorter.erase(shorter.begin() + 30 + 20, shorter.end());
     Put(shorter, 30, uint16_t(20));
-    EXPECT_TRUE(Read(shorter, line));
+    EXPECT_TRUE(Read(shorter, line, true));
     EXPECT_EQ(line.NumVerts(), 0u);
 }
 
@@ -189,6 +194,7 @@ TEST(XLineNative, ContradictingRecordsFail) {
         c.damage(record);
         ZvXLine line;
         EXPECT_FALSE(Read(record, line)) << c.what;
+        EXPECT_FALSE(Read(record, line, true)) << c.what;
         EXPECT_EQ(line.BytesOfData(), 0u) << c.what;
     }
     std::vector<uint8_t> harmless = Record(*LineFromText(kSixteen));
@@ -208,7 +214,7 @@ TEST(XLineNative, RandomDamageNeverBreaksTheReader) {
         if (round % 5 == 0)
             record.resize(30 + random() % (record.size() - 30));
         ZvXLine line;
-        if (!Read(record, line))
+        if (!Read(record, line, true))
             continue;
         // What was accepted can be used.
         line.GetArea();
