@@ -84,27 +84,11 @@ size_t ZvXLine::BytesOfPureData() const {
     return m_data ? BytesOfData(Is64(), m_numParts, m_numVerts, HasZ(), HasM(), 0, 0) : 0;
 }
 
-const uint8_t* ZvXLine::OriginPtr() const {
-    const uint8_t* after = PureData() + size_t(m_numParts) * 4;
-    return Is64() && HasBoundsCache() ? after + size_t(DimCount()) * 16 : after;
-}
-
 const uint8_t* ZvXLine::BoundsPtr() const {
     if (!HasBoundsCache())
         return nullptr;
     const uint8_t* after = PureData() + size_t(m_numParts) * 4;
     return Is64() ? after : after + size_t(DimCount()) * 8;
-}
-
-const int32_t* ZvXLine::MVerts32() const {
-    if (Is64() || !m_data)
-        return nullptr;
-    const size_t dims = size_t(DimCount());
-    return reinterpret_cast<const int32_t*>(OriginPtr() + dims * 8 + (HasBoundsCache() ? dims * 8 : 0));
-}
-
-int32_t* ZvXLine::MVerts32() {
-    return const_cast<int32_t*>(std::as_const(*this).MVerts32());
 }
 
 const int32_t* ZvXLine::AuxVertsPtr32() const {
@@ -183,18 +167,11 @@ size_t ZvXLine::MemUsage() const {
 
 // --- scales --------------------------------------------------------------------------------------------------------------
 
-namespace {
-constexpr double kLargestQuantum = 2147483647.0;
-double ScaleOf(int exponent) {
-    return std::ldexp(1.0, exponent) / kLargestQuantum;
-}
-} // namespace
-
 Vec4d ZvXLine::Scales() const {
     if (Is64())
         return {1, 1, 1, 1};
-    const double xy = ScaleOf(GetExpXY());
-    return {xy, xy, ScaleOf(GetExpZ()), ScaleOf(GetExpM())};
+    const double xy = QuantumScale(GetExpXY());
+    return {xy, xy, QuantumScale(GetExpZ()), QuantumScale(GetExpM())};
 }
 
 Vec4f ZvXLine::Scalesf() const {

@@ -1,5 +1,6 @@
 #pragma once
 #include "Zelvan/Entities/ZvFilledEntity.h"
+#include <bit>
 #include <cstring>
 #include <memory>
 #include <span>
@@ -217,12 +218,20 @@ public:
     /// First byte of the part table, where the pure data begin.
     const uint8_t* PureData() const { return m_data + TriangleBytes(); }
     const uint8_t* TrianglesPtr() const { return m_data + 8; }
-    const uint8_t* OriginPtr() const;
+    const uint8_t* OriginPtr() const {
+        const uint8_t* after = PureData() + size_t(m_numParts) * 4;
+        return Is64() && HasBoundsCache() ? after + size_t(DimCount()) * 16 : after;
+    }
     /// Minimum vector, then maximum vector; null below 16 vertices.
     const uint8_t* BoundsPtr() const;
     /// Vertices 1.. in 32-bit mode, null in 64-bit mode.
-    int32_t* MVerts32();
-    const int32_t* MVerts32() const;
+    int32_t* MVerts32() { return const_cast<int32_t*>(static_cast<const ZvXLine*>(this)->MVerts32()); }
+    const int32_t* MVerts32() const {
+        if (Is64() || !m_data)
+            return nullptr;
+        const size_t dims = size_t(DimCount());
+        return reinterpret_cast<const int32_t*>(OriginPtr() + dims * 8 + (HasBoundsCache() ? dims * 8 : 0));
+    }
     const int32_t* AuxVertsPtr32() const;
     const uint8_t* AuxVertsPtr64() const;
     /// Frees the old block, resets flags and exponents and takes room for the counts given; contents are not set, but for numTri and
@@ -401,6 +410,11 @@ private:
     }
     uint32_t PartEntry(uint32_t i) const { return MParts()[i]; }
     size_t TriangleBytes() const { return HasTriangles() ? size_t(Word(0)) * 12 + 8 : 0; }
+    /// World units a quantum in 32-bit mode, whose exponents (-128..256) are those of normal numbers. The division by the largest
+    /// quantum is exactly this product.
+    static double QuantumScale(int exponent) {
+        return std::bit_cast<double>(uint64_t(exponent + 1023) << 52) * (1.0 / 2147483647.0);
+    }
     static int16_t EffectiveExp(int8_t stored, bool is64) {
         return is64 ? int16_t(stored * 8) : stored == 127 ? int16_t(256) : int16_t(stored);
     }

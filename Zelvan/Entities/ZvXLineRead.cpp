@@ -12,16 +12,6 @@ inline double GetDouble(const uint8_t* at) {
     return value;
 }
 
-/// 2^exponent for the exponents of 32-bit mode, which are all of normal numbers.
-inline double PowerOf2(int exponent) {
-    return std::bit_cast<double>(uint64_t(exponent + 1023) << 52);
-}
-
-/// Dividing a power of 2 by the largest quantum is exactly this product.
-inline double QuantumScale(int exponent) {
-    return PowerOf2(exponent) * (1.0 / 2147483647.0);
-}
-
 /// Calls put(i, q) for the 32-bit vertices first..last-1 with q their quanta; vertex 0 counts as all zeros. D at compile time lets
 /// the compiler unroll.
 template <int D, class Put>
