@@ -119,7 +119,8 @@ public:
     std::map<uint16_t, std::shared_ptr<Client>> clients;
 
     /// Table index translation: table full code -> (file index -> drawing index). Filled by tables as they are read, empty
-    /// for a load into a fresh drawing (identity).
+    /// for a load into a fresh drawing (identity). Entities keep the indices that they read until TableUpdate is called
+    /// on them, once, when all records are there.
     void SetTableIndex(uint32_t tableCode, int fileIndex, int drawingIndex);
     /// The drawing's index of the file's index. An index that the map does not know: -1 when `strict`, else itself.
     int TranslateIndex(uint32_t tableCode, int fileIndex, bool strict) const;

@@ -85,5 +85,5 @@ void ZvFilledEntity::TableUpdate(ZvNativeDesc& desc) {
     ZvLineEntity::TableUpdate(desc);
     if (m_brushStyle >= 0)
         m_brushStyle =
-            int16_t(desc.TranslateIndex(ZvTableCode::Full(ZvTableCode::Texture), m_brushStyle, false));
+            int16_t(desc.TranslateIndex(ZvTableCode::Full(ZvTableCode::Texture), m_brushStyle, true));
 }

@@ -86,5 +86,5 @@ void ZvLineEntity::TableUpdate(ZvNativeDesc& desc) {
     ZvEntity::TableUpdate(desc);
     if (m_lineType.IsIndexed())
         m_lineType.SetIndex(
-            desc.TranslateIndex(ZvTableCode::Full(ZvTableCode::LineType), m_lineType.GetIndex(), false));
+            desc.TranslateIndex(ZvTableCode::Full(ZvTableCode::LineType), m_lineType.GetIndex(), true));
 }

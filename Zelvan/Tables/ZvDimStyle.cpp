@@ -219,6 +219,8 @@ XStringW ZvDimStyle::FormatAngle(double radians) const {
     XStringW text = degrees < 0 && seconds > 0 ? u"-" : u"";
     text += XStringW::Format("%lld", static_cast<long long>(whole / 3600)) + u"\u00B0";
     text += XStringW::Format("%02d", int(whole / 60 % 60)) + u"'";
+    if (rest < 10 - step / 2)
+        text += u"0";
     return text + FormatNumber(rest, m_values.angleDecimals) + u"\"";
 }
 

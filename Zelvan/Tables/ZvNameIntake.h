@@ -12,8 +12,8 @@ class ZvDrawing;
 class ZvEntity;
 class ZvNativeDesc;
 
-/// Registers entities that are being loaded in the drawing's name table, under the names that the file gives
-/// them.
+/// Makes entities that are being loaded part of the drawing: has them translate the indices of records that
+/// they read, and registers them in the name table under the names that the file gives them.
 ///
 /// A null name, one that is taken, and one that no sound file would hold wait until all entities are there;
 /// only then do they get fresh names, so that a fresh name never takes a stored one. The descriptor learns
@@ -32,6 +32,7 @@ private:
     ZvNativeDesc& m_desc;
     ZvDrawing& m_drawing;
     bool m_merging;
+    bool m_translates = false; // some table has other indices in the file
     uint64_t m_highest; // names above wait
     std::vector<std::pair<ZvEntity*, uint32_t>> m_waiting;
     std::vector<std::function<void(const Names&)>> m_later;
