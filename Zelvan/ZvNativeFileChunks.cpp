@@ -167,11 +167,13 @@ int64_t ZvNativeFile::Impl::ReadChain(uint32_t blocks, uint64_t total, ZvEntityL
         const uint64_t next = desc->Position();
         if (stack.empty())
             outerBlockAt = task->at;
-        if (!Step("Loading", task->at, desc->RecordEnd()) || !Accept(std::move(task->opened), task->at))
+        if (!Step("Loading", task->at, desc->RecordEnd()))
             break;
-        read += api.ReadEntityList(entities);
-        api.EndDecompressBlock();
-        if (aborted || cancelled)
+        if (Accept(std::move(task->opened), task->at)) { // a damaged block costs its own objects only
+            read += api.ReadEntityList(entities);
+            api.EndDecompressBlock();
+        }
+        if (cancelled)
             break;
         desc->Seek(next);
     }

@@ -382,9 +382,11 @@ TEST(ZvTableTable, DamageCostsOnlyItself) {
     ZvDrawing drawing;
     Fill(drawing);
     const Bytes bytes = Save(drawing);
-    const auto load = [&](const Bytes& damaged, ZvDrawing& into) {
+    const auto load = [&](const Bytes& damaged, ZvDrawing& into, bool digests = false) {
         const auto file = ZvCore::MemFile::OverView(damaged.data(), damaged.size());
-        ZvNativeFile native(Unchecked());
+        ZvNativeOptions options = Unchecked();
+        options.blockDigests = digests;
+        ZvNativeFile native(options);
         (void)native.ReadFile(&into, file.get());
         IOErrorSet errors;
         native.GetErrors(errors);
@@ -403,6 +405,21 @@ TEST(ZvTableTable, DamageCostsOnlyItself) {
             onLayers += loaded.LayerTable()->Get(i)->EntityCount();
         EXPECT_EQ(onLayers, 20u);
         EXPECT_TRUE(loaded.LayerTable()->GetByName(ZvStrings::GetW(ZvStr::TableRecovered)));
+    }
+    { // one of several blocks of a layer
+        ZvDrawing many;
+        for (int i = 0; i < 60000; ++i)
+            many.Insert(Line(i));
+        Bytes damaged = Save(many);
+        const auto [frame, length] = FrameOf(damaged, ZvTableCode::Layer);
+        size_t contents = frame + size_t(Get<uint64_t>(damaged, frame + 16));
+        while (Get<uint64_t>(damaged, contents) < 1000) // internal layers hold nothing
+            contents += size_t(Get<uint64_t>(damaged, contents));
+        damaged[contents + 12 + 20 + 36 + 500] ^= 1; // in the first block
+        ZvDrawing loaded;
+        EXPECT_FALSE(load(damaged, loaded, true).IsEmpty());
+        EXPECT_GT(loaded.NameTable().Count(), 20000);
+        EXPECT_LT(loaded.NameTable().Count(), 60000);
     }
     { // a length that cannot be true in one record
         Bytes damaged = bytes;
