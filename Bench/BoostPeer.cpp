@@ -1,4 +1,4 @@
-#include "Bench/BoostPeer.h"
+#include "BoostPeer.h"
 
 #ifdef ZELVAN_BENCH_HAVE_BOOST
 #include <boost/geometry.hpp>

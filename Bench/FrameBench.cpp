@@ -1,5 +1,5 @@
-#include "Bench/Maps.h"
-#include "Bench/Report.h"
+#include "Maps.h"
+#include "Report.h"
 #include "Zelvan/RenC/ZvFrameRenderer.h"
 #include "Zelvan/RenC/ZvRasterSurface.h"
 #include "Zelvan/View/ZvViewXForm.h"

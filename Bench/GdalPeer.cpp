@@ -1,4 +1,4 @@
-#include "Bench/GdalPeer.h"
+#include "GdalPeer.h"
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/Tables/ZvLayer.h"
 #include "Zelvan/Tables/ZvLayerTable.h"

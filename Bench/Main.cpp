@@ -1,4 +1,4 @@
-#include "Bench/Report.h"
+#include "Report.h"
 #include <cstdio>
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include "Bench/Maps.h"
+#include "Maps.h"
 #include "Apps/zvd/SyntheticMap.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"

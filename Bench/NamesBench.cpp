@@ -1,5 +1,5 @@
-#include "Bench/Maps.h"
-#include "Bench/Report.h"
+#include "Maps.h"
+#include "Report.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/ZvDrawing.h"
 #include <benchmark/benchmark.h>

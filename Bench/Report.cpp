@@ -1,4 +1,4 @@
-#include "Bench/Report.h"
+#include "Report.h"
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cmath>

@@ -1,5 +1,5 @@
 #include "Apps/zvd/SyntheticMap.h"
-#include "Bench/Report.h"
+#include "Report.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
 #include "Zelvan/Tables/ZvLayerTable.h"

@@ -160,8 +160,9 @@ Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileForm
                                         const ZvFileOptions& options, IOErrorSet& errors) {
     std::error_code ignored;
     const bool replaces = fs::exists(target, ignored);
-    const fs::path written = replaces ? TemporaryName(target) : target;
-    HalfFile half(written);
+    const bool direct = !replaces || format.replacesTarget;
+    const fs::path written = direct ? target : TemporaryName(target);
+    HalfFile half(format.replacesTarget ? fs::path() : written);
     IZvHost* host = m_drawing.Host();
     const auto progress = host ? host->StartProgress(ZvStrings::GetW(ZvStr::SavingDrawing))
                                : std::unique_ptr<ZvCore::IProgress>(new ZvCore::NoProgress);
@@ -176,7 +177,7 @@ Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileForm
     const bool native = format.provider == m_drawing.FileFormats().GetNativeSaveFormat()->provider;
     if (native && !(flags & ZvIOFlag::NoVerify) && !VerifyWritten(written, errors))
         return Zv::Status::Failure;
-    if (replaces) {
+    if (!direct) {
         if (host)
             host->SetStatusText(ZvStrings::GetW(ZvStr::ReplacingOriginal));
         fs::permissions(written, fs::status(target, ignored).permissions(), ignored);

@@ -16,6 +16,8 @@ public:
         extensions; ///< lower case, without the dot; the first is given to names without one
     bool canLoad = false;
     bool canSave = false;
+    /// The provider puts its files (there may be several) in place itself, each only when all are complete.
+    bool replacesTarget = false;
     IZvFileProvider* provider = nullptr; ///< set on registration
 
     /// Whether the file name ends in a dot and one of the extensions, without regard to case.

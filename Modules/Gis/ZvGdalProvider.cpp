@@ -83,6 +83,7 @@ std::vector<ZvFileFormat> ZvGdalProvider::Formats() const {
         format.extensions = std::move(extensions);
         format.canLoad = Can(driver, GDAL_DCAP_OPEN);
         format.canSave = Can(driver, GDAL_DCAP_CREATE);
+        format.replacesTarget = true;
         if (taken.insert(driver.GetDescription()).second && (format.canLoad || format.canSave))
             formats.push_back(std::move(format));
     };

@@ -125,7 +125,7 @@ void ZvGdalReader::ChoosePrecision() {
     const double asked = m_options.values.GetDouble("Precision", 0);
     if (asked > 0)
         m_drawing.SetLinearPrecision(asked);
-    else if (m_drawing.NameTable().Count() == 0)
+    else if (m_drawing.NameTable().Count() == 0 && m_drawing.UcsTable()->CoordinateSystem().IsSet())
         m_drawing.SetLinearPrecision(m_drawing.MetersToWorld(kGroundPrecision));
 }
 

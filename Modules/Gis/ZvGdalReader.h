@@ -17,7 +17,7 @@ class ZvLayer;
 ///
 /// Options: "LayerField" names the field whose text gives a feature's drawing layer (DXF: "Layer" unless set), "Layers" takes only the
 /// source layers named (separated by commas), "Precision" is the step to which vertices may be rounded, in world units (0: a
-/// millimetre on the ground).
+/// millimetre on the ground where the coordinate system is known, else the drawing's own precision).
 class ZvGdalReader {
 public:
     ZvGdalReader(ZvDrawing& drawing, const ZvFileOptions& options, IOErrorSet& errors,

@@ -81,7 +81,8 @@ TEST_F(Zvd, EveryRefusalIsOneLineWithItsCodeAndTouchesNothing) {
 }
 
 TEST_F(Zvd, MapSurvivesEveryCompressionLevelWithTheSameContent) {
-    MakeMap("map.zvd", "--level 0");
+    MakeMap("made.zvd");
+    ASSERT_EQ(Run("convert " + Q("made.zvd") + " " + Q("map.zvd") + " --level 0").code, 0);
     const Json first = Info("map.zvd");
     ASSERT_EQ(first["entities"], 560);
     for (int level : {1, 3, 5, 6, 9}) {
@@ -100,7 +101,7 @@ TEST_F(Zvd, MapSurvivesEveryCompressionLevelWithTheSameContent) {
             EXPECT_EQ(info["layers"][i]["kinds"], first["layers"][i]["kinds"]);
         // The way back gives the first file's bytes: nothing was lost, and the writer is deterministic.
         ASSERT_EQ(Run("convert " + Q(name) + " " + Q("back.zvd") + " --level 0").code, 0);
-        EXPECT_EQ(ReadFile(In("back.zvd")), ReadFile(In("map.zvd"))) << level;
+        EXPECT_TRUE(ReadFile(In("back.zvd")) == ReadFile(In("map.zvd"))) << level;
     }
 }
 
