@@ -55,7 +55,7 @@ void ZvXLine::Construct(ZvDrawing* drawing) {
     m_xflags = 0;
     m_expXY = m_expZ = m_expM = 0;
     m_microLo = m_microHi = 0;
-    m_numParts = m_numVerts = 0;
+    SetNums(0, 0);
     m_data = nullptr;
     if (drawing)
         SetParentBlock(drawing->LooseOwner());
@@ -122,8 +122,7 @@ bool ZvXLine::Alloc(bool is64, uint32_t numParts, uint32_t numVerts, bool isPoly
         m_xflags = 0;
         return false;
     }
-    m_numParts = numParts;
-    m_numVerts = numVerts;
+    SetNums(numParts, numVerts);
     if (numTri) {
         std::memcpy(m_data, &numTri, 4);
         std::memcpy(m_data + 4, &numAux, 4);
@@ -138,7 +137,7 @@ void ZvXLine::Free() {
     m_xflags = 0;
     m_expXY = m_expZ = m_expM = 0;
     m_microLo = m_microHi = 0;
-    m_numParts = m_numVerts = 0;
+    SetNums(0, 0);
 }
 
 void ZvXLine::DeserializeHard() {
@@ -301,7 +300,7 @@ bool ZvXLine::CopyBlock(const ZvXLine& other) {
     m_xflags = uint8_t(other.m_xflags & ~kDataIsSwapped);
     m_expXY = other.m_expXY, m_expZ = other.m_expZ, m_expM = other.m_expM;
     m_microLo = other.m_microLo, m_microHi = other.m_microHi;
-    m_numParts = other.m_numParts, m_numVerts = other.m_numVerts;
+    SetNums(other.m_numParts, other.m_numVerts);
     if (size)
         std::memcpy(m_data, other.m_data, size);
     return true;

@@ -365,6 +365,8 @@ public:
 protected:
     void Construct(ZvDrawing* drawing);
 
+    void SetNums(uint32_t numParts, uint32_t numVerts) { m_numParts = numParts, m_numVerts = numVerts; }
+
 private:
     struct Source;
     struct Extent;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <numbers>
 #include <random>
 
 namespace {
@@ -385,14 +386,14 @@ TEST(XLine, MovingRoundsNothingButTheOrigin) {
         if (force < 0) { // the part table, then the origin, then everything else as it was
             EXPECT_EQ(std::memcmp(line.Data() + 4 + 24, before.data() + 4 + 24, before.size() - 28), 0);
         }
-        line.Transform(Mat4d::RotationZ(M_PI / 2));
+        line.Transform(Mat4d::RotationZ(std::numbers::pi / 2));
         const Vec4d v = line.Unpack(line.GetFlt(), 7);
         EXPECT_NEAR(v.x, -(in[7].y - 3), 1e-6);
         EXPECT_NEAR(v.y, in[7].x + 0.125, 1e-6);
         CheckReaders(line);
     }
     auto flat = LineFromText("0,0 1,0");
-    flat->Transform(Mat4d::RotationY(-M_PI / 4));
+    flat->Transform(Mat4d::RotationY(-std::numbers::pi / 4));
     EXPECT_NEAR(flat->Unpack(flat->GetFlt(), 1).z, std::sqrt(0.5), 1e-9) << "a tilted line gains heights";
 }
 

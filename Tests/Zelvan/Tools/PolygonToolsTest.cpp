@@ -5,6 +5,7 @@
 #include "Zelvan/Tools/ZvTriangulator.h"
 #include <cmath>
 #include <gtest/gtest.h>
+#include <numbers>
 #include <random>
 
 namespace {
@@ -41,7 +42,7 @@ std::vector<Vec2d> Star(std::mt19937& random, Vec2d centre, double radius, int c
     std::uniform_real_distribution<double> jump(1 - roughness, 1);
     std::vector<Vec2d> ring;
     for (int i = 0; i < count; ++i) {
-        const double a = 2 * M_PI * i / count, r = radius * jump(random);
+        const double a = 2 * std::numbers::pi * i / count, r = radius * jump(random);
         ring.push_back({centre.x + r * std::cos(a), centre.y + r * std::sin(a)});
     }
     return ring;
