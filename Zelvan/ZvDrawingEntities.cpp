@@ -104,13 +104,16 @@ void ZvDrawing::PurgeErased() {
     const std::set<uint32_t> inUse = m_verbs->EntitiesInUse();
     if (inUse.empty()) {
         ForEachTree([](ZvBNode& tree) { tree.PurgeErased(); });
-        return;
+    } else {
+        for (ZvName name = m_nameTable.Next({}); !name.IsNull(); name = m_nameTable.Next(name)) {
+            ZvEntity* entity = m_nameTable.GetQuiet(name);
+            if (entity->IsErased() && !inUse.count(name.value) && entity->Owner())
+                entity->Owner()->OwnerRemoveAndDelete(entity);
+        }
     }
-    for (ZvName name = m_nameTable.Next({}); !name.IsNull(); name = m_nameTable.Next(name)) {
-        ZvEntity* entity = m_nameTable.GetQuiet(name);
-        if (entity->IsErased() && !inUse.count(name.value) && entity->Owner())
-            entity->Owner()->OwnerRemoveAndDelete(entity);
-    }
+    for (int i = 0; i < m_layerTable->Count(); ++i)
+        m_layerTable->Get(i)->KeepAttributes(
+            [&](ZvName name) { return m_nameTable.Exists(name) || inUse.count(name.value) != 0; });
 }
 
 size_t ZvDrawing::HeapLiveBytes() const {

@@ -1,5 +1,6 @@
 #include "Zelvan/ZvTableTable.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/DrawingAux/ZvMergeHelper.h"
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/Tables/ZvBlockTable.h"
 #include "Zelvan/Tables/ZvDataTable.h"
@@ -461,6 +462,87 @@ TEST(ZvTableTable, NamesThatClashAreReplacedAndTheOthersKept) {
     EXPECT_EQ(loaded.GetEntity(4)->Bounds3D().minX, 3);
     EXPECT_LT(loaded.NameTable().SlotCount(), 3000000u);
     EXPECT_LT(loaded.NameTable().TopName().value, 100u);
+}
+
+TEST(ZvTableTable, AttributesFollowTheirEntities) {
+    ZvDrawing drawing, copy;
+    Fill(drawing);
+    ZvLayer *roads = drawing.LayerTable()->GetByName(u"Roads"),
+            *other = drawing.LayerTable()->InsertNew(u"Other");
+    EXPECT_TRUE(Zv::Ok(copy.MergeHelper()->Merge(drawing).status));
+    const ZvAttributeTable& copied = copy.LayerTable()->GetByName(u"Roads")->Attributes();
+    EXPECT_EQ(copied.RowCount(), 10u);
+    EXPECT_EQ(copied.Fields(), roads->Attributes().Fields());
+    std::vector<ZvName> with;
+    roads->Attributes().ForEachRow([&](ZvName name, size_t) { with.push_back(name); });
+    EXPECT_TRUE(drawing.GetEntity(with[0])->MoveToLayer(other));
+    EXPECT_EQ(other->Attributes().Get(with[0], u"lanes"), ZvAttributeTable::Value(int64_t(1)));
+    EXPECT_FALSE(roads->Attributes().HasRow(with[0]));
+    drawing.GetEntity(with[1])->SetErased(true);
+    drawing.PurgeErased();
+    EXPECT_EQ(roads->Attributes().RowCount(), 8u);
+}
+
+namespace {
+
+/// Sets every property that can be set to something else and counts them.
+int ChangeAll(ZvTableRecord& record) {
+    ZvPropertyGatherer before;
+    record.GetProperties(before);
+    ZvPropertySetter setter;
+    int set = 0;
+    for (const ZvProperty& property : before.Items()) {
+        if (!property.writable || property.id == "Name")
+            continue;
+        ++set;
+        if (const bool* flag = std::get_if<bool>(&property.value))
+            setter.Set(property.id, !*flag);
+        else if (const auto* whole = std::get_if<int64_t>(&property.value))
+            setter.Set(property.id, *whole > 0 ? *whole - 1 : *whole + 1);
+        else if (const auto* number = std::get_if<double>(&property.value))
+            setter.Set(property.id, std::abs(*number) > 0.5 ? *number * 0.75 : *number + 0.125);
+        else if (property.id.find("Color") != std::string::npos || property.id == "Ground")
+            setter.Set(property.id, XStringW(u"RGB:123456"));
+        else if (property.id == "Brush")
+            setter.Set(property.id, XStringW(u"Solid:RGB:AB"));
+        else if (property.id == "LineType")
+            setter.Set(property.id, XStringW(u"I:1"));
+        else if (property.id.find("Width") != std::string::npos)
+            setter.Set(property.id, XStringW(u"World:2.500000"));
+        else if (property.id == "Size" || property.id == "TextHeight")
+            setter.Set(property.id, XStringW(u"Wo:2.5"));
+        else
+            setter.Set(property.id, std::get<XStringW>(property.value) + u"x");
+    }
+    record.SetProperties(setter);
+    EXPECT_TRUE(setter.Refusals().empty()) << setter.Refusals()[0];
+    ZvPropertyGatherer after;
+    record.GetProperties(after);
+    for (size_t i = 0; i < after.Items().size(); ++i)
+        if (after.Items()[i].writable && after.Items()[i].id != "Name") {
+            EXPECT_NE(after.Items()[i].value, before.Items()[i].value) << after.Items()[i].id;
+        }
+    return set;
+}
+
+} // namespace
+
+TEST(ZvTableTable, EveryPropertyOfEveryKindSurvivesAFile) {
+    ZvDrawing drawing;
+    int set = 0;
+    for (int t = 0; t < drawing.TableTable()->Count(); ++t)
+        set += ChangeAll(*drawing.TableTable()->Get(t)->InsertNew(u"Changed"));
+    EXPECT_GT(set, 120);
+    ZvDrawing loaded;
+    EXPECT_TRUE(LoadInto(loaded, Save(drawing)).IsEmpty());
+    for (int t = 0; t < drawing.TableTable()->Count(); ++t) {
+        ZvPropertyGatherer expected, found;
+        drawing.TableTable()->Get(t)->GetByName(u"Changed")->GetProperties(expected);
+        loaded.TableTable()->Get(t)->GetByName(u"Changed")->GetProperties(found);
+        ASSERT_EQ(expected.Items().size(), found.Items().size());
+        for (size_t i = 0; i < found.Items().size(); ++i)
+            EXPECT_EQ(expected.Items()[i].value, found.Items()[i].value) << t << " " << found.Items()[i].id;
+    }
 }
 
 TEST(ZvTableTable, ASelectionTakesOnlyWhatItUses) {

@@ -74,6 +74,7 @@ ZvMergeHelper::Result ZvMergeHelper::Merge(const ZvDrawing& from, const ZvMergeP
         copy->SetAssociated(false);
         copy->SetSubscriber(false);
         const ZvName name = layer->Adopt(std::move(copy));
+        layer->CopyAttributes(name, *entity->GetLayer(), entity->Name());
         result.names[entity->Name32()] = name.value;
         ++result.entities;
     }

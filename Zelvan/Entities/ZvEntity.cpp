@@ -104,11 +104,14 @@ XStringW ZvEntity::GetLayerName() const {
 }
 
 bool ZvEntity::MoveToLayer(ZvLayer* layer) {
-    if (!layer || !IsInDrawing() || layer == GetLayer() || layer->GetParentDrawing() != ParentDrawing())
+    ZvLayer* former = GetLayer();
+    if (!layer || !IsInDrawing() || layer == former || layer->GetParentDrawing() != ParentDrawing())
         return false;
-    if (!m_owner->OwnerRemove(this))
+    if (!m_owner->OwnerRemove(this) || !layer->Tree().Insert(this))
         return false;
-    return layer->Tree().Insert(this);
+    if (former)
+        layer->MoveAttributes(Name(), *former);
+    return true;
 }
 
 bool ZvEntity::RemoveAndDelete() {

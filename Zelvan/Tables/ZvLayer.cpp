@@ -77,6 +77,31 @@ ZvAttributeTable& ZvLayer::Attributes() {
     return *m_attributes;
 }
 
+void ZvLayer::CopyAttributes(ZvName name, const ZvLayer& from, ZvName fromName) {
+    if (from.m_attributes && from.m_attributes->HasRow(fromName))
+        Attributes().CopyRow(name, *from.m_attributes, fromName);
+}
+
+void ZvLayer::MoveAttributes(ZvName name, ZvLayer& from) {
+    if (&from == this || !from.m_attributes)
+        return;
+    CopyAttributes(name, from, name);
+    from.m_attributes->RemoveRow(name);
+}
+
+void ZvLayer::KeepAttributes(const std::function<bool(ZvName)>& wanted) {
+    if (m_attributes)
+        m_attributes->KeepRows(wanted);
+}
+
+void ZvLayer::CopyContents(const ZvTableRecord& from) {
+    if (from.GetFullCode() != GetFullCode())
+        return;
+    if (const ZvAttributeTable* theirs = static_cast<const ZvLayer&>(from).AttributesOrNull())
+        for (const ZvAttributeTable::Field& field : theirs->Fields())
+            Attributes().AddField(field); // one that is there already stays as it is
+}
+
 void ZvLayer::TreeTouched(ZvEntity*) {
     ++m_entityModStamp;
 }

@@ -59,6 +59,13 @@ public:
     ZvAttributeTable& Attributes();
     /// Null when the layer has none.
     const ZvAttributeTable* AttributesOrNull() const { return m_attributes.get(); }
+    /// The attribute row of an entity of another layer (of this drawing or another) becomes that of `name` here,
+    /// too. Does nothing when there is none.
+    void CopyAttributes(ZvName name, const ZvLayer& from, ZvName fromName);
+    /// For an entity that came from that layer: its row comes after it.
+    void MoveAttributes(ZvName name, ZvLayer& from);
+    /// Drops the rows of names that are not wanted.
+    void KeepAttributes(const std::function<bool(ZvName)>& wanted);
 
     // --- defaults of by-layer entities ---------------------------------------------------------------------
     ZvColor GetColor() const { return m_color; }
@@ -114,6 +121,8 @@ public:
     const XStringW& GetDescription() const { return m_description; }
     void SetDescription(const XStringW& text);
 
+    /// The fields of the attributes; entities and rows are copied one by one.
+    void CopyContents(const ZvTableRecord& from) override;
     void DrawUI(IZvSurface& surface, const Rect2I& box) const override;
     void TableUsage(ZvUsageTable& usage) const override;
     void TableUpdate(ZvNativeDesc& desc) override;
