@@ -13,6 +13,8 @@ constexpr uint64_t kDefaultBudget = 524'288'000;
 constexpr unsigned kBusyMemoryLoad = 81; // per cent
 /// From this version on a block whose digest does not fit is an error.
 constexpr int kDigestRuleVersion = 1015;
+/// Stored bytes from which on the verification of a block is worth handing to another thread.
+constexpr uint64_t kSmallestDeferred = 65'536;
 
 } // namespace
 
@@ -112,6 +114,15 @@ std::string ZvNativeFile::Impl::FetchBlock(ZvNativeBlockHead& head, const uint8_
         return desc->file->ErrorText();
     stored = hold.data();
     return {};
+}
+
+bool ZvNativeFile::Impl::MustVerify(const ZvNativeBlockHead& head, const uint8_t* stored) {
+    if (!options.blockDigests)
+        return false;
+    if (!digester || !stack.empty() || head.stored < kSmallestDeferred || !head.HasDigest())
+        return true;
+    digester->Expect(uint64_t(stored - callerView->Data()), head.stored, head.digest);
+    return false;
 }
 
 bool ZvNativeFile::Impl::Accept(ZvNativeBlock::Opened opened, uint64_t at) {

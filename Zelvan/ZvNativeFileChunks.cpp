@@ -147,10 +147,10 @@ int64_t ZvNativeFile::Impl::ReadChain(uint32_t blocks, uint64_t total, ZvEntityL
                (ahead.empty() || aheadBytes < kAheadBytes)) {
             auto task = std::make_shared<OpenTask>();
             task->at = desc->Position();
-            task->verify = options.blockDigests;
             wrong = FetchBlock(task->head, task->stored, task->hold);
             if (!wrong.empty())
                 break;
+            task->verify = MustVerify(task->head, task->stored);
             ++fetched;
             aheadBytes += task->head.length;
             pipe.Submit(task);

@@ -2,6 +2,7 @@
 #include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/ZvNativeBlockPipe.h"
 #include "Zelvan/ZvNativeDesc.h"
+#include "Zelvan/ZvNativeDigester.h"
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvNativeHeader.h"
 #include <cstdint>
@@ -44,14 +45,15 @@ struct ZvNativeFile::Impl {
         descs; ///< the file's own first, then those of layouts' drawings
     std::vector<Block> stack;
     ZvNativeBlockPipe pipe;
-    uint64_t budget = 0;       ///< of a block; 0 until asked for
-    uint64_t outerBlockAt = 0; ///< reading: where the outermost open block begins
+    std::unique_ptr<ZvNativeDigester> digester; ///< while a file is read before it is known to be sound
+    uint64_t budget = 0;                        ///< of a block; 0 until asked for
+    uint64_t outerBlockAt = 0;                  ///< reading: where the outermost open block begins
     IOErrorSet errors;
     bool aborted = false;
     bool cancelled = false;
-    bool touched = false;       ///< reading: the drawing has been changed
-    bool solidOpen = false;     ///< reading: the first block is the body of a solid file
-    int listDepth = 0;          ///< reading: lists within lists
+    bool touched = false;               ///< reading: the drawing has been changed
+    bool solidOpen = false;             ///< reading: the first block is the body of a solid file
+    int listDepth = 0;                  ///< reading: lists within lists
     std::map<uint32_t, Damage> damaged; ///< by the running full code
     uint64_t recordsLost = 0;           ///< behind the place where a list ended early
     /// Writing: kinds written, by client id; ids given to clients that the running program does not have.
@@ -86,6 +88,8 @@ struct ZvNativeFile::Impl {
     /// Reads a block head at the position and its bytes, or finds where they lie; the stream then stands behind the block. Why
     /// it cannot be done, or empty.
     std::string FetchBlock(ZvNativeBlockHead& head, const uint8_t*& stored, std::vector<uint8_t>& hold);
+    /// Whether the block must be verified here and now: not when it is left to the digester.
+    bool MustVerify(const ZvNativeBlockHead& head, const uint8_t* stored);
     /// Pushes the content; `at`: where the block begins, for messages.
     bool Accept(ZvNativeBlock::Opened opened, uint64_t at);
 
@@ -119,6 +123,11 @@ struct ZvNativeFile::Impl {
 
     // --- loading (ZvNativeFileRead.cpp) --------------------------------------------------------------------------------------
     bool Read();
+    bool ReadInOrder();
+    bool ReadSections();
+    bool MayReadAhead();
+    bool ReadAhead(bool& good);
+    void ForgetRead();
     bool Refuse(const std::string& reason);
     bool CheckValid();
     bool ReadHeader();

@@ -37,6 +37,10 @@ Zv::Status ZvNativeFile::ReadFile(ZvDrawing* drawing, ZvCore::IFile* file) {
     }
     if (impl.touched)
         impl.FinishRead();
+    if (!impl.callerView && file->Error()) {
+        impl.errors.Add(0, ZvStrings::Get(ZvStr::LoadReadFailed));
+        good = false;
+    }
     return impl.Outcome(good);
 }
 
@@ -46,7 +50,16 @@ bool ZvNativeFile::Impl::Read() {
         callerView = ZvCore::MemFile::OverView(bytes, size_t(length));
         Retarget();
     }
-    if (!CheckValid() || !ReadHeader())
+    bool good = false;
+    return MayReadAhead() && ReadAhead(good) ? good : ReadInOrder();
+}
+
+bool ZvNativeFile::Impl::ReadInOrder() {
+    return CheckValid() && ReadSections();
+}
+
+bool ZvNativeFile::Impl::ReadSections() {
+    if (!ReadHeader())
         return false;
     const DateTime date = FileDateOf(header);
     ZvLog::Printf(ZvLog::Level::Info, "file version %d\n", header.version);

@@ -131,21 +131,34 @@ Digest MD5::Of(const void* bytes, size_t count) {
     return md5.Finish();
 }
 
+void MD5::UpdatePair(MD5& first, const void* a, size_t countA, MD5& second, const void* b, size_t countB) {
+    const auto* bytesA = static_cast<const uint8_t*>(a);
+    const auto* bytesB = static_cast<const uint8_t*>(b);
+    // Up to the next whole block of each, one after the other.
+    const size_t headA = std::min(countA, (kBlock - size_t(first.m_total % kBlock)) % kBlock);
+    const size_t headB = std::min(countB, (kBlock - size_t(second.m_total % kBlock)) % kBlock);
+    first.Update(bytesA, headA);
+    second.Update(bytesB, headB);
+    bytesA += headA, countA -= headA;
+    bytesB += headB, countB -= headB;
+    const size_t common = std::min(countA, countB) / kBlock;
+    if (common > 0) {
+        Lane laneA{{first.m_state[0], first.m_state[1], first.m_state[2], first.m_state[3]}, {}, bytesA};
+        Lane laneB{{second.m_state[0], second.m_state[1], second.m_state[2], second.m_state[3]}, {}, bytesB};
+        DigestTwo(laneA, laneB, common, AllSteps());
+        std::copy(laneA.state, laneA.state + 4, first.m_state);
+        std::copy(laneB.state, laneB.state + 4, second.m_state);
+        first.m_total += common * kBlock;
+        second.m_total += common * kBlock;
+    }
+    first.Update(bytesA + common * kBlock, countA - common * kBlock);
+    second.Update(bytesB + common * kBlock, countB - common * kBlock);
+}
+
 void MD5::OfPair(const void* a, size_t countA, const void* b, size_t countB, Digest& digestA,
                  Digest& digestB) {
     MD5 first, second;
-    const size_t common = std::min(countA, countB) / kBlock;
-    const auto* bytesA = static_cast<const uint8_t*>(a);
-    const auto* bytesB = static_cast<const uint8_t*>(b);
-    Lane laneA{{first.m_state[0], first.m_state[1], first.m_state[2], first.m_state[3]}, {}, bytesA};
-    Lane laneB = laneA;
-    laneB.block = bytesB;
-    DigestTwo(laneA, laneB, common, AllSteps());
-    std::copy(laneA.state, laneA.state + 4, first.m_state);
-    std::copy(laneB.state, laneB.state + 4, second.m_state);
-    first.m_total = second.m_total = common * kBlock;
-    first.Update(bytesA + common * kBlock, countA - common * kBlock);
-    second.Update(bytesB + common * kBlock, countB - common * kBlock);
+    UpdatePair(first, a, countA, second, b, countB);
     digestA = first.Finish();
     digestB = second.Finish();
 }

@@ -178,14 +178,30 @@ ZvEntityList ZvRawCompound::Explode() const {
     return pieces;
 }
 
+/// Copies what the tied block shows into the compound itself, and so on for compounds in it; blocks in `chain` are on show already.
+void ZvRawCompound::MakeBlockOwn(std::vector<const ZvBlock*>& chain) {
+    const ZvBlock* block = TiedBlock();
+    if (!block)
+        return;
+    m_tie = BlockTie::None;
+    m_blockIndex = -1;
+    if (std::find(chain.begin(), chain.end(), block) != chain.end())
+        return;
+    chain.push_back(block);
+    block->Tree().ForEach([&](ZvEntity* entity) {
+        if (!entity->IsErased())
+            TakeOver(entity->Clone());
+    });
+    for (const std::unique_ptr<ZvEntity>& child : m_children)
+        if (auto* compound = dynamic_cast<ZvRawCompound*>(child.get()))
+            compound->MakeBlockOwn(chain);
+    chain.pop_back();
+}
+
 void ZvRawCompound::TransformInternal(const Mat4d& xform) {
-    if (TiedBlock()) { // a block has no place of its own here: what it shows becomes the compound's
-        ZvEntityList pieces = Explode();
-        m_children.clear();
-        for (std::unique_ptr<ZvEntity>& piece : pieces)
-            TakeOver(std::move(piece));
-        m_tie = BlockTie::None;
-        m_blockIndex = -1;
+    if (m_tie != BlockTie::None) { // a block has no place of its own here
+        std::vector<const ZvBlock*> chain;
+        MakeBlockOwn(chain);
     }
     for (const std::unique_ptr<ZvEntity>& child : m_children)
         child->Transform(xform);

@@ -34,7 +34,8 @@ public:
     const ZvEntity* GetClosestEntity(const Vec3d& point, double* distance = nullptr) const;
 
     // --- block tie -------------------------------------------------------------------------------------------------------------
-    /// `blockIndex` in the drawing's block table, -1: none.
+    /// `blockIndex` in the drawing's block table, -1: none. What the block holds shows where it is: a compound that is
+    /// transformed while it has a drawing takes copies of it and gives up the tie; without a drawing only children move.
     void SetBlockSimple(int blockIndex);
     void SetBlockIndexed(int blockIndex);
     void BlockTouched() override;
@@ -105,6 +106,7 @@ private:
     template <class Visit>
     void ForEach(const ZvBounds2D* window, Visit&& visit) const;
     ZvBlock* TiedBlock() const;
+    void MakeBlockOwn(std::vector<const ZvBlock*>& chain);
     void TakeOver(std::unique_ptr<ZvEntity> entity);
     void Changed();
     void Tie(BlockTie tie, int blockIndex);

@@ -110,8 +110,11 @@ bool ZvTable::NativeIn(ZvNativeDesc& desc, uint64_t end, const ZvMergeProfile* p
     TakeHead(head, profile != nullptr);
 
     bool failed = false;
-    while (desc.Position() < end && desc.Position() < desc.RecordEnd())
+    for (uint64_t before = 0, here; (here = desc.Position()) < end && here < desc.RecordEnd(); before = here) {
+        if (here == before) // a stream that no longer moves
+            return true;
         failed = ReadGroup(desc, profile, read) || failed;
+    }
     if (ZvTableRecord* current = profile ? nullptr : GetById(m_currentId))
         m_current = current;
     return failed;
