@@ -95,8 +95,7 @@ std::vector<ZvFileFormat> ZvGdalProvider::Formats() const {
         GDALDriver& driver = *drivers.GetDriver(i);
         const std::vector<std::string> extensions = Words(driver.GetMetadataItem(GDAL_DMD_EXTENSIONS));
         if (Can(driver, GDAL_DCAP_VECTOR) && !extensions.empty())
-            add(driver, LowerId(driver.GetDescription()),
-                LongName(driver), extensions);
+            add(driver, LowerId(driver.GetDescription()), LongName(driver), extensions);
     }
     return formats;
 }

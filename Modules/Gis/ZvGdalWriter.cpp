@@ -194,7 +194,10 @@ void ZvGdalWriter::Survey(Plan& plan) const {
             if (entity->IsErased() || !IsSelected(*entity))
                 return true;
             plan.kinds |= 1 << FamilyOf(*entity);
-            NoteDimensions(*entity, plan.multi, plan.hasZ, plan.hasM);
+            bool multi = false;
+            NoteDimensions(*entity, multi, plan.hasZ, plan.hasM);
+            if (multi)
+                plan.multis |= 1 << FamilyOf(*entity);
             return true;
         });
 }
@@ -203,11 +206,11 @@ OGRLayer* ZvGdalWriter::MakeLayer(GDALDataset& target, const Plan& plan) {
     OGRwkbGeometryType type = wkbUnknown;
     if (!m_isDxf) {
         if (plan.kinds == 1 << kPoints)
-            type = plan.multi ? wkbMultiPoint : wkbPoint;
+            type = plan.IsMulti() ? wkbMultiPoint : wkbPoint;
         else if (plan.kinds == 1 << kLines)
-            type = plan.multi ? wkbMultiLineString : wkbLineString;
+            type = plan.IsMulti() ? wkbMultiLineString : wkbLineString;
         else if (plan.kinds == 1 << kPolygons)
-            type = plan.multi ? wkbMultiPolygon : wkbPolygon;
+            type = plan.IsMulti() ? wkbMultiPolygon : wkbPolygon;
         type = OGR_GT_SetModifier(type, plan.hasZ, plan.hasM);
     }
     m_reference = std::make_unique<OGRSpatialReference>();
@@ -271,8 +274,8 @@ Zv::Status ZvGdalWriter::WriteLayer(GDALDataset& target, const Plan& plan) {
         return Zv::Status::Failure;
     }
     MakeFields(*layer, plan);
-    m_promote =
-        plan.multi && wkbFlatten(layer->GetGeomType()) != wkbUnknown && m_driver != "GeoJSON" && !m_oneKind;
+    m_promote = plan.IsMulti() && wkbFlatten(layer->GetGeomType()) != wkbUnknown && m_driver != "GeoJSON" &&
+                !m_oneKind;
     const bool transaction =
         layer->TestCapability(OLCTransactions) && layer->StartTransaction() == OGRERR_NONE;
     Zv::Status status = Zv::Status::Success;

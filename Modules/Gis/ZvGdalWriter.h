@@ -33,8 +33,10 @@ private:
         std::string name;
         std::vector<const ZvLayer*> sources;
         Family family = kMixed; ///< kMixed: every kind
-        bool multi = false, hasZ = false, hasM = false;
-        int kinds = 0; ///< bits 1 << Family that occur
+        bool hasZ = false, hasM = false;
+        int kinds = 0;  ///< bits 1 << Family that occur
+        int multis = 0; ///< those of them that occur with several parts
+        bool IsMulti() const { return (kinds & multis) != 0; }
     };
     void CollectLayers();
     std::vector<Plan> MakePlans() const;
