@@ -12,7 +12,8 @@ ZvBNode::ZvBNode() : m_root(new ZvBNodeRoot) {
     m_nodeId = m_root->nextNodeId++;
 }
 
-ZvBNode::ZvBNode(ZvBNode& parent) : m_root(parent.m_root), m_parent(&parent), m_depth(parent.m_depth + 1) {
+ZvBNode::ZvBNode(ZvBNode& parent)
+    : m_depth(int16_t(parent.m_depth + 1)), m_root(parent.m_root), m_parent(&parent) {
     m_nodeId = m_root->nextNodeId++;
 }
 
@@ -63,7 +64,7 @@ int ZvBNode::ChildNumber() const {
 }
 
 void ZvBNode::DataAdd(ZvEntity* entity) {
-    m_list.Add(entity, PackBox(Grid(), entity->Bounds3D()));
+    List(entity, entity->Bounds3D());
 }
 
 bool ZvBNode::DataErase(ZvEntity* entity) {

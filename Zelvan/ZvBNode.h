@@ -6,6 +6,7 @@
 #include "ZvCore/Api.h"
 #include "ZvCore/Vec.h"
 #include "ZvCore/dvect.h"
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -128,7 +129,6 @@ public:
     int32_t DebugGetNodeId() const { return m_nodeId; }
     const ZvBounds3D& Box() const { return m_box; }
     int32_t ChangeCounter() const { return m_changeCounter; }
-    ZvNodeGrid Grid() const { return ZvNodeGrid(m_box); }
 
     // --- the node's own list, without the rest of the tree -------------------------------------------------------------------
     void DataAdd(ZvEntity* entity);
@@ -261,6 +261,7 @@ public:
 
 private:
     friend class ZvBNodeBuilder;
+    template <class Sink>
     friend class ZvBNodeRectQuery;
     friend struct ZvBNodePair;
     /// What few nodes need: visible bounds where they differ from the content bounds, the draw set where it differs from the list.
@@ -285,6 +286,8 @@ private:
     /// False for bounds that are empty, not finite or too large: such entities stay in the root and do not shape it.
     static bool CanBePlaced(const ZvBounds3D& bounds);
     static uint32_t PackBox(const ZvNodeGrid& grid, const ZvBounds3D& bounds);
+    /// Appends to the node's own list.
+    void List(ZvEntity* entity, const ZvBounds3D& bounds);
     static bool RefuseInsertion(const ZvEntity* entity);
     void InsertAtRoot(ZvEntity* entity, const ZvBounds3D& bounds);
     void InsertInternal(ZvEntity* entity, const ZvBounds3D& bounds);
@@ -293,8 +296,19 @@ private:
     void ExtendAncestors(const ZvBounds3D& bounds, bool visible);
     void ExtendByChild(const ZvBNode& child);
     void WidenZ(const ZvBounds3D& bounds);
-    /// The child whose box holds bounds that this node's box holds, -1 for none.
-    int ChildHolding(const ZvBounds3D& bounds) const;
+    /// Where a box is cut: across X or Y; child 0 ends at `high`, child 1 begins at `low`.
+    struct Cut {
+        bool acrossX;
+        double high, low;
+        explicit Cut(const ZvBounds3D& box);
+        /// The child whose box holds bounds that the parent's box holds, -1 for none.
+        int ChildHolding(double minX, double minY, double maxX, double maxY) const {
+            return (acrossX ? maxX : maxY) <= high ? 0 : (acrossX ? minX : minY) >= low ? 1 : -1;
+        }
+        int ChildHolding(const ZvBounds3D& b) const { return ChildHolding(b.minX, b.minY, b.maxX, b.maxY); }
+    };
+    static void Halve(const ZvBounds3D& box, ZvBounds3D& first, ZvBounds3D& second);
+    int ChildHolding(const ZvBounds3D& bounds) const { return Cut(m_box).ChildHolding(bounds); }
     /// Whether an unsplit node that holds so many entities is split when a further one arrives that differs from them.
     bool MaySplit(size_t entities) const;
     bool CanBeHalved() const;
@@ -335,23 +349,31 @@ private:
     bool CheckEntry(std::string& why, size_t index, ZvBounds3D& content, ZvBounds3D& visible) const;
     bool CheckNode(std::string& why, ZvBounds3D& content, ZvBounds3D& visible) const;
 
-    // Order matters: what an insertion touches on its way down comes first.
+    /// What a query looks at on its way down: the content bounds of both children in the plane, rounded outwards, maxima
+    /// negated, so that a child meets a window when each number is at most the window's. Infinite for a child without content.
+    struct alignas(16) ChildBox {
+        float side[4] = {INFINITY, INFINITY, INFINITY, INFINITY};
+        void Set(const ZvBounds3D& bounds);
+    };
+    void TellParentContent();
+
+    // 192 bytes. A query reads the first 64 of every node on its way.
     std::unique_ptr<ZvBNodePair> m_children;
-    double m_cutHigh = 0; ///< child 0's maximum along the cut axis
-    double m_cutLow = 0;  ///< child 1's minimum
-    mutable ZvBounds3D m_content;
-    ZvBNodeRoot* m_root; ///< owned by the root node
-    ZvBNode* m_parent = nullptr;
-    int32_t m_depth = 0;
-    bool m_cutsX = false;
+    ZvBNodeList m_list;
+    int16_t m_depth = 0;
+    /// Bit i: child i is split.
+    uint8_t m_childSplit = 0;
     mutable bool m_dirty = false;
     mutable bool m_drawSetInvalid = true;
     /// Some entity of the node itself may be hidden or erased (stays set until bounds or draw set are computed anew).
     mutable bool m_mixed = false;
     /// Every entity of the node itself is known to have the same bounds.
     mutable bool m_allEqual = false;
-    ZvBNodeList m_list;
+    mutable ChildBox m_childBox[2];
     ZvBounds3D m_box;
+    ZvBNodeRoot* m_root; ///< owned by the root node
+    ZvBNode* m_parent = nullptr;
+    mutable ZvBounds3D m_content;
     mutable std::unique_ptr<Rare> m_rare;
     int32_t m_nodeId = 0;
     int32_t m_changeCounter = 0;

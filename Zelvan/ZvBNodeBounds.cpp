@@ -42,9 +42,11 @@ void ZvBNode::RepairBounds() const {
             visible.ExpandToFit(bounds);
     }
     if (m_children)
-        for (const ZvBNode& child : m_children->child) {
+        for (int i = 0; i < 2; ++i) {
+            const ZvBNode& child = m_children->child[i];
             content.ExpandToFit(child.Bounds());
             visible.ExpandToFit(child.VisibleBounds());
+            m_childBox[i].Set(child.m_content);
         }
     m_content = content;
     SetVisibleBounds(visible);
@@ -74,7 +76,6 @@ void ZvBNode::RecalcBounds() {
 }
 
 void ZvBNode::TakeMisplaced(dvect<ZvEntity*>& misplaced) {
-    const ZvNodeGrid grid = Grid();
     size_t kept = 0;
     for (ZvEntity* entity : m_list) {
         const ZvBounds3D bounds = entity->Bounds3D();
@@ -85,7 +86,7 @@ void ZvBNode::TakeMisplaced(dvect<ZvEntity*>& misplaced) {
         if (CanBePlaced(bounds))
             WidenZ(bounds);
         m_list.Set(kept, entity);
-        m_list.SetBox(kept++, PackBox(grid, bounds));
+        m_list.SetBox(kept++, PackBox(m_list.Grid(), bounds));
     }
     m_list.Truncate(kept);
     m_dirty = m_drawSetInvalid = true;
@@ -119,6 +120,7 @@ void ZvBNode::ResetBounds() {
     // What is cached must stay large enough until it is computed anew: queries rely on it.
     m_content = IsRoot() ? ZvBounds3D::SuperBounds() : m_box;
     SetVisibleBounds(m_content);
+    TellParentContent();
     SetBoundsDirty();
 }
 
@@ -183,7 +185,7 @@ void ZvBNode::ChildUpdateBounds(ZvEntity* entity) {
 
 void ZvBNode::UpdateInPlace(size_t index, const ZvBounds3D& bounds) {
     const ZvEntity* entity = m_list.Get(index);
-    m_list.SetBox(index, PackBox(Grid(), bounds));
+    m_list.SetBox(index, PackBox(m_list.Grid(), bounds));
     if (CanBePlaced(bounds))
         WidenZ(bounds);
     m_allEqual = false;

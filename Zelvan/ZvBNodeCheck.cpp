@@ -35,6 +35,8 @@ bool ZvBNode::CheckNode(std::string& why, ZvBounds3D& content, ZvBounds3D& visib
                 return Fail(why, child, "wrong parent, root or depth");
             if (!m_box.IsInsideMe2D(child.m_box))
                 return Fail(why, child, "box outside of the parent's");
+            if (bool(m_childSplit >> child.ChildNumber() & 1) != child.IsSplit())
+                return Fail(why, *this, "wrong note about a child's split");
             if (child.m_dirty && !m_dirty)
                 return Fail(why, *this, "dirty child below a clean node");
             if (!child.CheckNode(why, childContent, childVisible))
@@ -63,7 +65,7 @@ bool ZvBNode::CheckEntry(std::string& why, size_t index, ZvBounds3D& content, Zv
         return Fail(why, *this, "entity with another owner");
     if (!BelongsHere(bounds))
         return Fail(why, *this, "entity that belongs into another node");
-    if (m_list.Box(index) != PackBox(Grid(), bounds))
+    if (m_list.Box(index) != PackBox(ZvNodeGrid(m_box), bounds))
         return Fail(why, *this, "stale box in steps");
     const bool drawn = !entity->IsErased() && entity->IsVisible();
     if (!drawn && !m_mixed)
@@ -85,7 +87,7 @@ void ZvBNode::AddStats(ZvIndexBlockStats& stats) const {
     stats.entities += m_list.Size();
     stats.entitiesInInner += m_children ? m_list.Size() : 0;
     stats.largestNode = std::max(stats.largestNode, m_list.Size());
-    stats.maxDepth = std::max(stats.maxDepth, m_depth);
+    stats.maxDepth = std::max(stats.maxDepth, int32_t(m_depth));
     stats.memory += sizeof(ZvBNode) + m_list.MemUsage();
     if (m_rare)
         stats.memory += sizeof(Rare) + m_rare->drawSet.capacity() * sizeof(ZvEntity*) +

@@ -10,6 +10,16 @@
 
 namespace {
 
+constexpr size_t kAhead = 6;
+
+void Prefetch(const ZvEntity* entity) {
+#if defined(__GNUC__)
+    __builtin_prefetch(entity, 1);
+#else
+    (void)entity;
+#endif
+}
+
 /// Share of the box's X extent by which the halves of a split node overlap on each side of the cut.
 constexpr double kBand = 0.02;
 /// Boxes are not halved below this share of their coordinates, nor below this size: halves would not get smaller.
@@ -18,6 +28,14 @@ constexpr double kSmallestBox = 1e-150;
 
 } // namespace
 
+ZvBNode::Cut::Cut(const ZvBounds3D& box) {
+    const double width = box.maxX - box.minX, height = box.maxY - box.minY, band = kBand * width;
+    acrossX = width > height;
+    const double middle = acrossX ? box.minX + width / 2 : box.minY + height / 2;
+    high = std::min(middle + band, acrossX ? box.maxX : box.maxY);
+    low = std::max(middle - band, acrossX ? box.minX : box.minY);
+}
+
 bool ZvBNode::CanBePlaced(const ZvBounds3D& b) {
     return b.minX <= b.maxX && b.minY <= b.maxY && b.minX > -kZvBoundsLimit && b.minY > -kZvBoundsLimit &&
            b.maxX < kZvBoundsLimit && b.maxY < kZvBoundsLimit;
@@ -25,6 +43,12 @@ bool ZvBNode::CanBePlaced(const ZvBounds3D& b) {
 
 uint32_t ZvBNode::PackBox(const ZvNodeGrid& grid, const ZvBounds3D& b) {
     return CanBePlaced(b) ? grid.Pack(b.minX, b.minY, b.maxX, b.maxY) : ZvNodeGrid::kLoose;
+}
+
+void ZvBNode::List(ZvEntity* entity, const ZvBounds3D& bounds) {
+    if (m_list.HasNoBlock())
+        m_list.SetGrid(ZvNodeGrid(m_box));
+    m_list.Add(entity, PackBox(m_list.Grid(), bounds));
 }
 
 bool ZvBNode::RefuseInsertion(const ZvEntity* entity) {
@@ -89,7 +113,7 @@ void ZvBNode::Keep(ZvEntity* entity, const ZvBounds3D& bounds) {
     entity->SetParentSpatialNode(uint32_t(m_nodeId));
     if (m_allEqual)
         m_allEqual = m_list.Size() > 0 && m_list.Get(0)->Bounds2D() == bounds.ToBounds2D();
-    m_list.Add(entity, PackBox(Grid(), bounds));
+    List(entity, bounds);
     if (CanBePlaced(bounds)) {
         WidenZ(bounds);
         m_root->lastInsertionNode = this;
@@ -112,7 +136,31 @@ void ZvBNode::Extend(const ZvBounds3D& bounds, bool visible) {
     } else if (visible && HasOwnVisible()) {
         m_rare->visible.ExpandToFit(bounds);
     }
+    if (m_content.IsInsideMe(bounds))
+        return;
     m_content.ExpandToFit(bounds);
+    TellParentContent();
+}
+
+void ZvBNode::TellParentContent() {
+    if (m_parent)
+        m_parent->m_childBox[ChildNumber()].Set(m_content);
+}
+
+void ZvBNode::ChildBox::Set(const ZvBounds3D& b) {
+    const auto roundDown = [](double v) {
+        constexpr double kMost = 3.4e38;
+        if (!(std::abs(v) < kMost))
+            return v < 0 ? -INFINITY : INFINITY;
+        const float f = float(v);
+        return double(f) > v ? std::nextafter(f, -INFINITY) : f;
+    };
+    if (b.minX > b.maxX || b.minY > b.maxY) {
+        *this = {};
+        return;
+    }
+    side[0] = roundDown(b.minX), side[1] = roundDown(b.minY);
+    side[2] = roundDown(-b.maxX), side[3] = roundDown(-b.maxY);
 }
 
 void ZvBNode::ExtendByChild(const ZvBNode& child) {
@@ -123,16 +171,12 @@ void ZvBNode::ExtendByChild(const ZvBNode& child) {
     if (HasOwnVisible())
         m_rare->visible.ExpandToFit(child.HasOwnVisible() ? child.m_rare->visible : child.m_content);
     m_content.ExpandToFit(child.m_content);
+    m_childBox[child.ChildNumber()].Set(child.m_content);
 }
 
 void ZvBNode::ExtendAncestors(const ZvBounds3D& bounds, bool visible) {
     for (ZvBNode* node = m_parent; node; node = node->m_parent)
         node->Extend(bounds, visible);
-}
-
-int ZvBNode::ChildHolding(const ZvBounds3D& b) const {
-    const double low = m_cutsX ? b.minX : b.minY, high = m_cutsX ? b.maxX : b.maxY;
-    return high <= m_cutHigh ? 0 : low >= m_cutLow ? 1 : -1;
 }
 
 bool ZvBNode::MaySplit(size_t entities) const {
@@ -169,20 +213,23 @@ void ZvBNode::SplitIfOverfull() {
         Split();
 }
 
+void ZvBNode::Halve(const ZvBounds3D& box, ZvBounds3D& first, ZvBounds3D& second) {
+    const Cut cut(box);
+    first = second = box;
+    (cut.acrossX ? first.maxX : first.maxY) = cut.high;
+    (cut.acrossX ? second.minX : second.minY) = cut.low;
+    first.minZ = second.minZ = kZvBoundsLimit;
+    first.maxZ = second.maxZ = -kZvBoundsLimit;
+}
+
 void ZvBNode::MakeChildren() {
     m_children = std::make_unique<ZvBNodePair>(*this);
-    ZvBounds3D half[2] = {m_box, m_box};
-    const double width = m_box.maxX - m_box.minX, band = kBand * width;
-    m_cutsX = width > m_box.maxY - m_box.minY;
-    const double middle = m_cutsX ? m_box.minX + width / 2 : m_box.minY + (m_box.maxY - m_box.minY) / 2;
-    m_cutHigh = std::min(middle + band, m_cutsX ? m_box.maxX : m_box.maxY);
-    m_cutLow = std::max(middle - band, m_cutsX ? m_box.minX : m_box.minY);
-    (m_cutsX ? half[0].maxX : half[0].maxY) = m_cutHigh;
-    (m_cutsX ? half[1].minX : half[1].minY) = m_cutLow;
-    for (int i = 0; i < 2; ++i) {
-        half[i].minZ = kZvBoundsLimit, half[i].maxZ = -kZvBoundsLimit;
-        m_children->child[i].m_box = half[i];
-    }
+    m_childSplit = 0;
+    if (m_parent)
+        m_parent->m_childSplit |= uint8_t(1 << ChildNumber());
+    ZvBNode(&child)[2] = m_children->child;
+    Halve(m_box, child[0].m_box, child[1].m_box);
+    m_childBox[0] = m_childBox[1] = {};
     ++m_changeCounter;
 }
 
@@ -191,19 +238,24 @@ void ZvBNode::Split() {
     ZvBNodeList old;
     old.Swap(m_list);
     m_allEqual = false;
-    const ZvNodeGrid grid = Grid();
-    for (ZvEntity* entity : old) {
+    const Cut cut(m_box);
+    for (size_t i = 0; i < old.Size(); ++i) {
+        ZvEntity* entity = old.Get(i);
+        if (i + kAhead < old.Size())
+            Prefetch(old.Get(i + kAhead));
         if (!entity) {
             ZvErrors::Report(ZvErrorCode::NullInSplit, "Split");
             continue;
         }
         const ZvBounds3D bounds = entity->Bounds3D();
-        const int side = CanBePlaced(bounds) ? ChildHolding(bounds) : -1;
+        const int side = old.Box(i) != ZvNodeGrid::kLoose ? cut.ChildHolding(bounds) : -1;
         if (side < 0)
-            m_list.Add(entity, PackBox(grid, bounds));
+            List(entity, bounds);
         else
-            m_children->child[side].InsertInternal(entity, bounds);
+            m_children->child[side].Keep(entity, bounds);
     }
+    for (ZvBNode& child : m_children->child)
+        child.SplitIfOverfull();
     CollapseEmptyChildren();
     m_drawSetInvalid = true;
     SetBoundsDirty();

@@ -1,20 +1,13 @@
 #include "Zelvan/ZvBNodeList.h"
+#include "ZvCore/SlabPool.h"
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <utility>
-
-void ZvBNodeList::Swap(ZvBNodeList& other) noexcept {
-    std::swap(m_block, other.m_block);
-    std::swap(m_size, other.m_size);
-    std::swap(m_capacity, other.m_capacity);
-}
 
 void ZvBNodeList::EraseAt(size_t i) {
-    std::copy(m_block + i + 1, m_block + m_size, m_block + i);
-    uint32_t* boxes = Boxes();
-    std::copy(boxes + i + 1, boxes + m_size, boxes + i);
-    --m_size;
+    const size_t size = Size();
+    std::copy(Entities() + i + 1, Entities() + size, Entities() + i);
+    std::copy(Boxes() + i + 1, Boxes() + size, Boxes() + i);
+    --m_block->size;
 }
 
 void ZvBNodeList::Move(size_t from, size_t to) {
@@ -24,7 +17,7 @@ void ZvBNodeList::Move(size_t from, size_t to) {
         else
             std::rotate(items + to, items + from, items + from + 1);
     };
-    rotate(m_block);
+    rotate(Entities());
     rotate(Boxes());
 }
 
@@ -32,26 +25,19 @@ size_t ZvBNodeList::Find(const ZvEntity* entity) const {
     return size_t(std::find(begin(), end(), entity) - begin());
 }
 
-void ZvBNodeList::ShrinkToFit() {
-    if (m_size == 0)
-        Reset();
-    else if (m_size < m_capacity)
-        Reallocate(m_size);
-}
-
 void ZvBNodeList::Reset() {
-    ::operator delete(m_block);
+    SlabPool::Free(m_block, MemUsage());
     m_block = nullptr;
-    m_size = m_capacity = 0;
 }
 
 void ZvBNodeList::Reallocate(uint32_t capacity) {
-    auto* fresh = static_cast<ZvEntity**>(::operator new(size_t(capacity) * kEntry));
-    if (m_size) {
-        std::memcpy(fresh, m_block, m_size * sizeof(ZvEntity*));
-        std::memcpy(fresh + capacity, Boxes(), m_size * sizeof(uint32_t));
+    ZvBNodeList fresh;
+    fresh.m_block = new (SlabPool::Alloc(BlockBytes(capacity))) Block{uint32_t(Size()), capacity, {}};
+    if (m_block)
+        fresh.m_block->grid = m_block->grid;
+    if (const size_t size = Size()) {
+        std::memcpy(fresh.Boxes(), Boxes(), size * sizeof(uint32_t));
+        std::memcpy(fresh.Entities(), Entities(), size * sizeof(ZvEntity*));
     }
-    ::operator delete(m_block);
-    m_block = fresh;
-    m_capacity = capacity;
+    Swap(fresh);
 }

@@ -40,9 +40,11 @@ void ZvBNode::FixAspect(ZvBounds3D& box) {
 
 void ZvBNode::SetLeafBox(const ZvBounds3D& box) {
     m_box = box;
-    const ZvNodeGrid grid = Grid();
+    if (m_list.HasNoBlock())
+        return;
+    m_list.SetGrid(ZvNodeGrid(box));
     for (size_t i = 0; i < m_list.Size(); ++i)
-        m_list.SetBox(i, PackBox(grid, m_list.Get(i)->Bounds3D()));
+        m_list.SetBox(i, PackBox(m_list.Grid(), m_list.Get(i)->Bounds3D()));
 }
 
 void ZvBNode::Accomodate(const ZvBounds3D& bounds) {
@@ -70,7 +72,7 @@ void ZvBNode::Restructure(const ZvBounds3D& box) {
     dvect<ZvEntity*> entities;
     EnumAll(entities);
     ZvBNodeBuilder builder;
-    builder.Load({entities.data(), entities.size()});
+    builder.Load({entities.data(), entities.size()}, false);
     DropShape();
     m_box = box;
     m_box.ExpandToFit(builder.Bounds());
@@ -80,20 +82,18 @@ void ZvBNode::Restructure(const ZvBounds3D& box) {
 void ZvBNode::InsertBulk(std::span<ZvEntity* const> entities) {
     if (!IsRoot())
         return RootBlock()->InsertBulk(entities);
-    std::vector<ZvEntity*> accepted;
-    accepted.reserve(entities.size());
-    for (ZvEntity* entity : entities)
-        if (!RefuseInsertion(entity))
-            accepted.push_back(entity);
     ZvBNodeBuilder builder;
-    builder.Load(accepted);
+    builder.Load(entities, true);
     if (!builder.Bounds().IsNull()) {
         const bool first = m_box.minX > m_box.maxX;
         Accomodate(builder.Bounds());
-        if (first)
-            FixAspect(m_box);
+        if (first) {
+            ZvBounds3D box = m_box;
+            FixAspect(box);
+            SetLeafBox(box);
+        }
     }
     builder.Place(*this);
-    m_root->insertionCounter += int32_t(accepted.size());
+    m_root->insertionCounter += int32_t(builder.Count());
     TouchContainer(nullptr);
 }

@@ -57,6 +57,12 @@ public:
         new (m_data + m_size) T(std::move(item));
         ++m_size;
     }
+    void append(const T* items, size_t count) {
+        if (m_size + count > m_capacity)
+            Reallocate(std::max(m_size + count, size_t(m_capacity) * 2));
+        std::uninitialized_copy_n(items, count, m_data + m_size);
+        m_size += uint32_t(count);
+    }
     void pop_back() { m_data[--m_size].~T(); }
     /// Removes item i; later items move up, order kept.
     void erase_at(size_t i) {

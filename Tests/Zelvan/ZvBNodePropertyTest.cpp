@@ -192,6 +192,21 @@ TEST_P(ZvBNodeProperty, RandomWorkKeepsInvariantsAndAnswersAsBruteForce) {
     }
 }
 
+TEST_P(ZvBNodeProperty, LargeBulkInsertionsObeyTheSameRules) {
+    Twin twin(7, GetParam());
+    twin.Insert();
+    twin.InsertMany(40000);
+    twin.Check();
+    twin.InsertMany(20000);
+    twin.Check();
+    // Walk order as input takes the way for input that is in order already.
+    dvect<ZvEntity*> all;
+    twin.tree.EnumAll(all);
+    twin.tree.ClearAll();
+    twin.tree.InsertBulk({all.data(), all.size()});
+    twin.Check();
+}
+
 INSTANTIATE_TEST_SUITE_P(Shapes, ZvBNodeProperty,
                          testing::Values(Shape::Spread, Shape::Clustered, Shape::Points, Shape::Coincident,
                                          Shape::Large, Shape::Growing));
