@@ -11,7 +11,6 @@
 #include "Zelvan/ZvServer.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
-#include "ZvCore/Platform/Platform.h"
 #include <cstdlib>
 
 // Verbs and modification state, time, and the end of a drawing's life.
@@ -81,8 +80,7 @@ void ZvDrawing::OnZvTimer(ZvAuxTimer& timer) {
     if (m_verbs->VerbsExecuted() - m_cleanupStamp.verbs >= kCleanupAfterVerbs &&
         m_clock->MonotonicSeconds() - m_cleanupStamp.time >= kCleanupAfterSeconds)
         Cleanup();
-    if (m_swapManager && timer.Ticks() % kBalanceEveryTicks == 0 && m_swapManager->Budget() > 0 &&
-        ZvPlatform::ResidentBytes() > uint64_t(m_swapManager->Budget()))
+    if (m_swapManager && timer.Ticks() % kBalanceEveryTicks == 0)
         (void)m_swapManager->Balance();
 }
 

@@ -3,6 +3,7 @@
 #include "Tests/Support/ScratchFolder.h"
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvPointEnt.h"
+#include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/Ports/ZvSilentHost.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Verbs/ZvVerb.h"
@@ -266,6 +267,33 @@ TEST_F(ZvDrawingIOTest, NativeFileKeepsEntitiesNamesSettingsAndView) {
     EXPECT_FALSE(loaded.IsModified());
     EXPECT_GT(loaded.NameTable().Add(loaded.GetEntity(1)).value, 50u)
         << "new names come after those of the file";
+}
+
+TEST_F(ZvDrawingIOTest, CleanupGivesTheArenaBackWhenMostOfItIsGarbage) {
+    for (int i = 0; i < 300; ++i) {
+        auto line = std::make_unique<ZvXLine>();
+        const Vec2d vertices[] = {{double(i), 0}, {i + 0.5, 1}, {double(i), 2}};
+        line->SetPoly(false, false, 3, vertices);
+        drawing->Insert(std::move(line));
+    }
+    ASSERT_EQ(io->SaveFile(folder / "d.zvd"), Zv::Status::Success);
+    ZvDrawing loaded;
+    ASSERT_EQ(loaded.DrawingIO()->LoadFile(folder / "d.zvd"), Zv::Status::Success);
+    const size_t used = loaded.EntityHeap().BytesUsed();
+    ASSERT_GT(used, 0u);
+    EXPECT_EQ(loaded.HeapLiveBytes(), used);
+    for (uint32_t name = 1; name <= 100; ++name)
+        loaded.GetEntity(name)->SetErased(true);
+    loaded.Cleanup();
+    EXPECT_EQ(loaded.NameTable().Count(), 200);
+    EXPECT_EQ(loaded.EntityHeap().BytesUsed(), used) << "a third is garbage";
+    for (uint32_t name = 101; name <= 200; ++name)
+        loaded.GetEntity(name)->SetErased(true);
+    loaded.Cleanup();
+    EXPECT_EQ(loaded.EntityHeap().BytesUsed(), 0u);
+    ASSERT_EQ(loaded.NameTable().Count(), 100);
+    for (uint32_t name = 201; name <= 300; ++name)
+        EXPECT_TRUE(loaded.GetEntity(name)->IsGeometryEqual(*drawing->GetEntity(name)));
 }
 
 TEST_F(ZvDrawingIOTest, DamagedFileIsRefusedAndTheDrawingKept) {

@@ -38,9 +38,12 @@ ZvSwapManager::Measure ZvSwapManager::MeasureMemory() const {
 ZvSwapManager::Result ZvSwapManager::Balance() {
     Result result;
     const int64_t budget = Budget();
+    const uint64_t resident = ZvPlatform::ResidentBytes(); // no drawing holds more than the process
+    if (budget == 0 || (resident && resident <= uint64_t(budget)))
+        return result;
     Measure measure = MeasureMemory();
     size_t total = measure.Total();
-    if (budget == 0 || total <= size_t(budget))
+    if (total <= size_t(budget))
         return result;
     if (measure.arenaLive < measure.arena / 2) {
         m_drawing.Cleanup(true);

@@ -49,6 +49,7 @@ public:
         int swappedOut = 0;
         bool withinBudget = true; ///< false: nothing more can be swapped out
     };
+    /// Cheap while the whole process stays below the budget.
     Result Balance();
 
 private:

@@ -92,7 +92,8 @@ TEST_F(DrawingServicesTest, ReactorsHearOfReactableEntitiesAndMayLeaveMeanwhile)
         }
         void EntityErased(ZvDrawing&, ZvEntity&, bool erased) override { erasures += erased ? 1 : 100; }
         void EntityRemoved(ZvDrawing&, ZvEntity&) override { ++removed; }
-        int inserted = 0, erasures = 0, removed = 0;
+        void EntityChanged(ZvDrawing&, ZvEntity&) override { ++changed; }
+        int inserted = 0, erasures = 0, removed = 0, changed = 0;
         IZvEntityReactor* leave = nullptr;
     } first, second;
     ZvEntityReactorHandler& handler = *drawing.EntityReactorHandler();
@@ -102,6 +103,10 @@ TEST_F(DrawingServicesTest, ReactorsHearOfReactableEntitiesAndMayLeaveMeanwhile)
     ProbeEntity& entity = Add();
     EXPECT_EQ(first.inserted, 1);
     EXPECT_EQ(second.inserted, 0);
+    EXPECT_EQ(first.changed, 0);
+    entity.SetColor(ZvColor(3));
+    entity.Translate({1, 0, 0});
+    EXPECT_GE(first.changed, 2);
     entity.SetErased(true);
     entity.SetErased(false);
     handler.Suspend();
