@@ -17,13 +17,18 @@ namespace {
 constexpr size_t kWindows = 20000;
 constexpr double kHitsWanted = 36;
 
-std::vector<ZvEntity*> ShuffledLines() {
+ZvBNode& LinesTree() {
+    return BenchMaps::Get().Synth().drawing->LayerTable()->GetByName(u"lines1")->Tree();
+}
+
+// The lines leave their layer for the time of the benchmark.
+std::vector<ZvEntity*> BorrowLines() {
     std::vector<ZvEntity*> entities;
-    for (ZvLayer* layer : BenchMaps::Get().Synth().drawing->LayerTable()->GetDrawOrder())
-        layer->Tree().ForEach([&](ZvEntity* entity) {
-            entities.push_back(entity);
-            return true;
-        });
+    LinesTree().ForEach([&](ZvEntity* entity) {
+        entities.push_back(entity);
+        return true;
+    });
+    LinesTree().ClearAll();
     std::shuffle(entities.begin(), entities.end(), std::mt19937(7));
     return entities;
 }
@@ -60,13 +65,11 @@ std::vector<ZvBounds2D> MakeWindows(const ZvBNode& tree, const std::vector<ZvBou
 
 } // namespace
 
-// The entities are lent to trees of the benchmark; the drawing's own trees take them back at the end.
 void BenchTree(Report& report) {
-    std::vector<ZvEntity*> entities = ShuffledLines();
+    std::vector<ZvEntity*> entities = BorrowLines();
     std::vector<ZvBounds2D> boxes;
-    std::vector<IZvEntityOwner*> owners;
     for (ZvEntity* entity : entities)
-        boxes.push_back(entity->Bounds2D()), owners.push_back(entity->Owner());
+        boxes.push_back(entity->Bounds2D());
     std::unique_ptr<ZvBNode> tree, bulk;
     report.Time(
         "tree: insert a million lines one by one",
@@ -93,8 +96,7 @@ void BenchTree(Report& report) {
         });
     report.Time("tree: 20,000 windows, built in bulk", [&] { hits = Query(*bulk, windows); });
     bulk->ClearAll();
-    for (size_t i = 0; i < entities.size(); ++i)
-        entities[i]->SetParentBlock(owners[i]);
+    LinesTree().InsertBulk(entities);
     BoostPeer peer;
     if (BoostPeer::IsHere()) {
         size_t peerHits = 0;
