@@ -20,6 +20,7 @@ struct ZV_API ZvName {
     friend constexpr auto operator<=>(const ZvName&, const ZvName&) = default;
 };
 
-template <> struct std::hash<ZvName> {
+template <>
+struct std::hash<ZvName> {
     size_t operator()(ZvName n) const noexcept { return n.value; }
 };

@@ -51,7 +51,8 @@ std::vector<uint8_t> ZvPreviewBitmap::Encode() const {
 }
 
 bool ZvPreviewBitmap::Decode(const uint8_t* bytes, size_t count) {
-    if (count < kPixels || bytes[0] != 'B' || bytes[1] != 'M' || Load<uint32_t>(bytes + kFileHead) < kInfoHead)
+    if (count < kPixels || bytes[0] != 'B' || bytes[1] != 'M' ||
+        Load<uint32_t>(bytes + kFileHead) < kInfoHead)
         return false;
     const size_t start = Load<uint32_t>(bytes + 10);
     const int64_t w = Load<int32_t>(bytes + kFileHead + 4), h = Load<int32_t>(bytes + kFileHead + 8);

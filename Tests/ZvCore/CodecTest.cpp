@@ -116,7 +116,8 @@ TEST(MD5, PiecesAndPairsGiveWhatTheWholeGives) {
         MD5 one, two;
         const size_t cut = size / 3, otherCut = other / 2;
         MD5::UpdatePair(one, bytes.data(), cut, two, bytes.data() + 1, otherCut);
-        MD5::UpdatePair(one, bytes.data() + cut, size - cut, two, bytes.data() + 1 + otherCut, other - otherCut);
+        MD5::UpdatePair(one, bytes.data() + cut, size - cut, two, bytes.data() + 1 + otherCut,
+                        other - otherCut);
         EXPECT_EQ(one.Finish(), whole);
         EXPECT_EQ(two.Finish(), second);
     }

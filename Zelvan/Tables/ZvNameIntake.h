@@ -33,7 +33,7 @@ private:
     ZvDrawing& m_drawing;
     bool m_merging;
     bool m_translates = false; // some table has other indices in the file
-    uint64_t m_highest; // names above wait
+    uint64_t m_highest;        // names above wait
     std::vector<std::pair<ZvEntity*, uint32_t>> m_waiting;
     std::vector<std::function<void(const Names&)>> m_later;
     std::unordered_set<uint32_t> m_kept; // merging only: names kept by entities of this load

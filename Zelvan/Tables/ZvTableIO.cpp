@@ -110,7 +110,8 @@ bool ZvTable::NativeIn(ZvNativeDesc& desc, uint64_t end, const ZvMergeProfile* p
     TakeHead(head, profile != nullptr);
 
     bool failed = false;
-    for (uint64_t before = 0, here; (here = desc.Position()) < end && here < desc.RecordEnd(); before = here) {
+    for (uint64_t before = 0, here; (here = desc.Position()) < end && here < desc.RecordEnd();
+         before = here) {
         if (here == before) // a stream that no longer moves
             return true;
         failed = ReadGroup(desc, profile, read) || failed;

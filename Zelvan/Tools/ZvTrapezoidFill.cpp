@@ -66,7 +66,8 @@ void ZvTrapezoidFill::SortAt(std::vector<Passing>& passing, double y) const {
     for (size_t i = 0; i < passing.size(); ++i) {
         const Passing p{XAt(passing[i].edge, y), passing[i].edge};
         size_t k = i;
-        for (; k > 0 && (passing[k - 1].x > p.x || (passing[k - 1].x == p.x && passing[k - 1].edge > p.edge)); --k)
+        for (; k > 0 && (passing[k - 1].x > p.x || (passing[k - 1].x == p.x && passing[k - 1].edge > p.edge));
+             --k)
             passing[k] = passing[k - 1];
         passing[k] = p;
     }

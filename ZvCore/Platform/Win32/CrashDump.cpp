@@ -1,7 +1,9 @@
 #include "ZvCore/Platform/CrashDump.h"
-#include <dbghelp.h>
 #include <string>
+
 #include <windows.h>
+// needs the types of windows.h
+#include <dbghelp.h>
 
 namespace {
 
