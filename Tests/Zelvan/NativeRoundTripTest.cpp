@@ -223,7 +223,7 @@ TEST(NativeFile, ThePreviewComesBackWithTheDescription) {
     ZvPreviewBitmap bitmap;
     XStringW text;
     ASSERT_TRUE(ZvNativeFile::GetPreviewBitmap(file.get(), &text, bitmap));
-    EXPECT_EQ(bitmap.width, ZvPreviewBitmap::kSide);
+    EXPECT_EQ(bitmap.width, int(ZvPreviewBitmap::kSide));
     EXPECT_EQ(bitmap.pixels[5], 0x123456u);
     EXPECT_TRUE(text.StartsWith(u"Author: A. Surveyor\r\nCreated:\r\n  2020-02-29")) << text.ToUtf8();
     EXPECT_TRUE(text.EndsWith(u"Version: 1075\r\n")) << text.ToUtf8();
