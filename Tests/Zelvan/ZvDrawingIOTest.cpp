@@ -142,7 +142,9 @@ TEST_F(ZvDrawingIOTest, FirstSaveWritesDirectlyLaterOnesThroughATemporaryFile) {
     EXPECT_EQ(provider.written.parent_path(), folder.Path());
     EXPECT_EQ(folder.Get("plan.txt"), "newer");
     EXPECT_EQ(folder.CountFiles(), 1u);
+#ifndef _WIN32 // which knows read-only alone
     EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+#endif
     EXPECT_EQ(host.StatusText(), u"Done");
 }
 
