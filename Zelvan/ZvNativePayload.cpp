@@ -249,6 +249,29 @@ void CheckPoint(ZvNativeWalk& walk, ZvNativeCursor payload) {
     HeadedFields(walk, payload, kPoint);
 }
 
+constexpr FieldSpec kMultiPoint[] = {
+    {"flags", 'H'},
+    {"point type", 'H'},
+    {"reserved", '1'},
+    {"locations", 'I'},
+};
+
+void CheckMultiPoint(ZvNativeWalk& walk, ZvNativeCursor payload) {
+    uint16_t flags = 0;
+    uint32_t count = 0;
+    if (payload.Left() >= 12) {
+        std::memcpy(&flags, payload.Here() + 2, sizeof flags);
+        std::memcpy(&count, payload.Here() + 8, sizeof count);
+    }
+    if (!HeadedFields(walk, payload, kMultiPoint))
+        return;
+    const uint64_t needed = uint64_t(count) * (flags & 2 ? 4 : 3);
+    if (needed > payload.Left() / 8)
+        walk.Problem(payload, "the locations do not fit the record", kThisObject);
+    else
+        CheckDoubles(walk, payload, needed);
+}
+
 constexpr FieldSpec kCompound[] = {
     {"line type", 'h'},  {"line width", 'f'}, {"fill colour value", 'I'}, {"fill colour index", 'h'},
     {"fill style", 'h'}, {"block tie", 'B'},  {"children follow", 'B'},   {"block", 'i'},
@@ -285,7 +308,7 @@ constexpr ZvNativePayload kKinds[] = {
     {ZvEntityCode::CompoundRect, "ZvCompoundRect", nullptr},
     {ZvEntityCode::RawCompound, "ZvRawCompound", CheckCompound},
     {ZvEntityCode::Dimension, "ZvDimension", nullptr},
-    {ZvEntityCode::MultiPoint, "ZvMultiPoint", nullptr},
+    {ZvEntityCode::MultiPoint, "ZvMultiPoint", CheckMultiPoint},
     {ZvEntityCode::XLine, "ZvXLine", CheckPolyline},
 };
 

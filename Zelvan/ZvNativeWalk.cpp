@@ -227,10 +227,10 @@ void ZvNativeWalk::Sections(const ZvNativeStream& stream) {
     m_quiet = !telling;
     Settings({stream, m_inner.settingsOffset, stream.size});
     Tables({stream, m_inner.tablesOffset, stream.size});
-    if (m_visitor.WantsFields())
-        Clients({stream, m_inner.clientsOffset, stream.size});
     if (!m_cancelled && !m_visitor.Stopped())
         Summary(m_inner.clientsOffset, stream);
+    if (m_visitor.WantsFields())
+        Clients({stream, m_inner.clientsOffset, stream.size});
 }
 
 /// Stated against seen, once all records were met.

@@ -14,6 +14,7 @@ constexpr uint64_t kFrameHead = 24;
 constexpr uint64_t kGroupHead = 12;
 constexpr uint64_t kContentsHead = 12;
 constexpr uint64_t kRecordHead = 8;
+constexpr uint64_t kAttributesHead = 12;
 constexpr int kDeepestSection = 4; // layouts have drawings of their own, which have none
 
 struct TableName {
@@ -207,16 +208,40 @@ bool ZvNativeWalk::Contents(ZvNativeCursor& cursor, uint32_t code) {
     return true;
 }
 
+/// What ZvAttributeTable writes: a length, a number of frames, and in each frame a block; the first one names the fields.
 void ZvNativeWalk::Attributes(ZvNativeCursor& cursor) {
+    const Level level(*this, "attributes");
+    const ZvNativeCursor mark = cursor;
+    const char* loss = "the attributes of this layer's objects";
     uint8_t has = 0;
+    if (!Number(cursor, "has attributes", has)) {
+        Problem(mark, "the contents end before the mark for attributes", loss);
+        return;
+    }
+    if (!has)
+        return;
     const ZvNativeCursor start = cursor;
-    if (!Number(cursor, "has attributes", has))
-        Problem(start, "the contents end before the mark for attributes",
-                "the attributes of this layer's objects");
-    else if (has)
-        Tell(cursor, cursor.Left(), "attributes", std::to_string(cursor.Left()) + " bytes");
-}
-
-void ZvNativeWalk::RecordFields(ZvNativeCursor& cursor, uint32_t) {
-    Tell(cursor, cursor.Left(), "fields", std::to_string(cursor.Left()) + " bytes");
+    uint64_t length = 0;
+    uint32_t frames = 0;
+    if (!Number(cursor, "attributes length", length) || !Number(cursor, "frames", frames) ||
+        length < kAttributesHead || length > start.Left()) {
+        Problem(start, "the head of the attributes is damaged", loss);
+        return;
+    }
+    ZvNativeCursor all = start.Part(length);
+    all.Skip(kAttributesHead);
+    for (uint32_t i = 0; i < frames; ++i) {
+        const ZvNativeCursor frame = all;
+        uint64_t size = 0;
+        if (!Number(all, "frame length", size) || size < sizeof size || size > frame.Left()) {
+            Problem(frame, "the length of a frame cannot be true", "the attributes from here on");
+            return;
+        }
+        ZvNativeCursor content = frame.Part(size);
+        content.Skip(sizeof size);
+        all = frame;
+        all.Skip(size);
+        if (OpenBlock(content, i ? "rows block" : "fields block", i ? "the rows of this block" : loss))
+            CloseBlock();
+    }
 }

@@ -84,9 +84,9 @@ TEST(NativeHeader, NamesOfRecordsAreThirtyTwoBitsWideOrNone) {
 
 TEST(NativeHeader, LongNamesOfClientsAndTypesAreCutBetweenCharacters) {
     ZvNativeClientRecord client;
-    client.name = std::string(1022, 'a') + "\xC3\xA9";
+    client.name.assign(1022, 'a').append("\xC3\xA9");
     ZvNativeTypeRecord type;
-    type.name = std::string(61, 'b') + "\xE2\x82\xAC";
+    type.name.assign(61, 'b').append("\xE2\x82\xAC");
     const auto clientBytes = Bytes(client);
     const auto typeBytes = Bytes(type);
     ZvNativeClientRecord clientBack;

@@ -137,6 +137,8 @@ public:
     virtual bool ContentsOut(ZvNativeDesc& desc) const;
     /// `end`: position of the current file where the contents end.
     virtual bool ContentsIn(ZvNativeDesc& desc, uint64_t end, ZvNameIntake& names);
+    /// Has the visitor see the kind's own fields, in the order of files.
+    void VisitFields(ZvRecordFields& visit) { Fields(visit); }
     /// Bytes held, the record included; entities not.
     virtual size_t MemUsage() const;
 
