@@ -1,5 +1,6 @@
 #include "Zelvan/Tables/ZvLayout.h"
 #include "Zelvan/DrawingAux/ZvMergeHelper.h"
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/Tables/ZvNameIntake.h"
 #include "Zelvan/Tables/ZvPaperTable.h"
@@ -79,8 +80,10 @@ void ZvLayout::TableUsage(ZvUsageTable& usage) const {
 }
 
 void ZvLayout::TableUpdate(ZvNativeDesc& desc) {
-    if (m_drawing)
-        m_drawing->TableUpdate(desc);
+    if (!m_drawing)
+        return;
+    m_drawing->Verbs()->PurgeUndo(); // as in the drawing whose tables it borrows
+    m_drawing->TableUpdate(desc);
 }
 
 // --- files: the tables section of the child drawing --------------------------------------------------------

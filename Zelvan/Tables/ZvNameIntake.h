@@ -29,6 +29,8 @@ public:
     void Finish();
 
 private:
+    void TakeOne(ZvEntity* entity, bool taken);
+
     ZvNativeDesc& m_desc;
     ZvDrawing& m_drawing;
     bool m_merging;

@@ -1,4 +1,5 @@
 #include "Zelvan/Tables/ZvTable.h"
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeDesc.h"
@@ -285,6 +286,7 @@ std::unordered_map<int, int> ZvTable::ReIndex() {
 void ZvTable::CorrectHolders(const std::unordered_map<int, int>& newIndices) {
     if (!m_parent || m_parent->Destroying())
         return;
+    m_parent->Verbs()->PurgeUndo(); // verbs keep copies of entities with the former indices
     ZvNativeFile file;
     ZvNativeDesc desc(file, *m_parent);
     const uint32_t code = GetFullCode();

@@ -132,7 +132,8 @@ public:
     // --- deleting ------------------------------------------------------------------------------------------
     /// Destroys the record; later records move up one index and the drawing corrects all who hold indices:
     /// references to the deleted record become "none" of their kind (continuous line, empty brush, default
-    /// style, no block). False when there is no such record or when the table cannot do without it.
+    /// style, no block). Where indices are held, undo information goes, since verbs keep copies with the former
+    /// ones. False when there is no such record or when the table cannot do without it.
     bool DeleteRecord(int index);
     bool DeleteRecord(const XStringW& name);
     bool DeleteRecord(ZvTableRecord* record);
