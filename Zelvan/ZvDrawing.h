@@ -227,7 +227,8 @@ public:
     ZvTableTable* TableTable() const { return m_tableTable.get(); }
     /// Registers a further table (a plug-in's). It is destroyed with the drawing's own.
     void AddTable(std::unique_ptr<ZvTable> table);
-    /// After a load: translates references between records and those of entities to the drawing's numbers.
+    /// Record numbers have changed: translates references between records, those of entities and of the current
+    /// attributes. Undo information goes, since it holds the former numbers.
     void TableUpdate(ZvNativeDesc& desc);
 
     /// Default records of the own tables.

@@ -3,6 +3,7 @@
 #include "Zelvan/DrawingAux/ZvSwapManager.h"
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Ports/IZvHost.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Tables/ZvNamedView.h"
 #include "Zelvan/Tables/ZvViewTable.h"
 #include "Zelvan/View/ZvView.h"
@@ -129,7 +130,10 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     ApplyLoadFlags(flags, options);
     if (!(flags & ZvIOFlag::Quiet) && !options.host)
         options.host = m_drawing.Host();
-    const bool wasDirty = m_dirty;
+    const auto content = [&] {
+        return std::pair(m_drawing.LayerTable()->GetAccumModStamp(), m_drawing.NameTable().Count());
+    };
+    const auto before = content();
     Zv::Status status;
     {
         const Nested busy(m_loading);
@@ -137,14 +141,12 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
         m_drawing.SuspendAutoCleanup();
         const auto progress = StartProgress(m_drawing.Host(), ZvStr::LoadingDrawing);
         status = format.provider->Load(m_drawing, file, format, options, errors, *progress);
-        if (Zv::Ok(status))
-            PostLoadCleanup(file, format, flags);
-        PostLoadCleanupObligatoir();
         m_drawing.ResumeAutoCleanup();
     }
-    if (Zv::Ok(status))
-        SetDrawingDirty(flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName) ? wasDirty || flags & ZvIOFlag::Merge
-                                                                       : false);
+    const bool touched = content() != before || Zv::Ok(status);
+    if (touched)
+        PostLoadCleanupObligatoir(flags & ZvIOFlag::Merge);
+    PostLoadCleanup(file, format, flags, status, touched);
     PostLoadRunScheduledActions();
     m_drawing.PostEvent(ZvDrawingEvent::Loaded, Zv::Ok(status));
     if (!(flags & ZvIOFlag::Quiet))
@@ -154,19 +156,29 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     return status;
 }
 
-/// What a successful load leaves to do: the drawing now stands for that file.
+/// What the drawing stands for now. After half a load it stands for no file: saving it must not replace a whole one.
 void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format,
-                                  uint32_t flags) {
-    if (flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName))
-        return;
-    m_fileName = NormalizeName(file);
-    m_lastFormat = format.id;
-    RestoreCurrentView();
+                                  uint32_t flags, Zv::Status status, bool touched) {
+    if (flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName)) {
+        if (touched)
+            SetDrawingDirty(true);
+    } else if (Zv::Ok(status)) {
+        m_fileName = NormalizeName(file);
+        m_lastFormat = format.id;
+        RestoreCurrentView();
+        SetDrawingDirty(false);
+    } else if (touched) {
+        ForgetDrawingFileName();
+        SetDrawingDirty(true);
+    }
 }
 
-/// Whatever the load did: nothing may refer to entities that are gone.
-void ZvDrawingIO::PostLoadCleanupObligatoir() {
-    m_drawing.CurrentSelection().CropInvalidEntities();
+/// Whatever a load that changed the drawing did: nothing may refer to entities that are gone.
+void ZvDrawingIO::PostLoadCleanupObligatoir(bool merged) {
+    if (merged)
+        m_drawing.CurrentSelection().CropInvalidEntities();
+    else
+        m_drawing.ClearCurrentSelection(); // its names may mean other entities now
     m_drawing.Verbs()->PurgeUndo();
     m_drawing.RefreshGlobalData();
     m_drawing.Regenerate();

@@ -16,15 +16,16 @@ struct ZvNativeOptions;
 /// Flags of loads and saves; bits that a call has no use for are ignored.
 namespace ZvIOFlag {
 enum : uint32_t {
-    Merge = 1,            ///< load: into what the drawing holds
-    SkipChecksum = 2,     ///< load: do not verify the whole-file digest
-    Quiet = 4,            ///< neither show errors nor ask; they are in the error set
-    KeepName = 8,         ///< the drawing keeps its file name and stays as dirty as it was (export, import)
-    PurgeUnused = 0x10,   ///< save: leave out table records without use
-    SelectionOnly = 0x20, ///< save: the selection in the options, or else the current one
-    Preview = 0x40,       ///< save: store a thumbnail
-    Solid = 0x80,         ///< save: smallest file
-    NoVerify = 0x100,     ///< save: do not read the written file back before it replaces the old one
+    Merge = 1,        ///< load: into what the drawing holds
+    SkipChecksum = 2, ///< load: do not verify the whole-file digest
+    Quiet = 4,        ///< neither show errors nor ask; they are in the error set
+    /// The file name stays; a save leaves the drawing as dirty as it was (export), a load makes it dirty (import).
+    KeepName = 8,
+    PurgeUnused = 0x10,       ///< save: leave out table records without use
+    SelectionOnly = 0x20,     ///< save: the selection in the options, or else the current one
+    Preview = 0x40,           ///< save: store a thumbnail
+    Solid = 0x80,             ///< save: smallest file
+    NoVerify = 0x100,         ///< save: do not read the written file back before it replaces the old one
     ProviderOption = 0x10000, ///< passed on to the provider
 };
 }
@@ -95,8 +96,9 @@ public:
 private:
     Zv::Status LoadFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                                 IOErrorSet& errors, const ZvFileOptions* given);
-    void PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags);
-    void PostLoadCleanupObligatoir();
+    void PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
+                         Zv::Status status, bool touched);
+    void PostLoadCleanupObligatoir(bool merged);
     void PostLoadRunScheduledActions();
     Zv::Status SaveFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                                 IOErrorSet& errors, const ZvFileOptions* given);

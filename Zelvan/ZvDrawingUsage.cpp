@@ -152,6 +152,7 @@ int ZvDrawing::PurgeUnusedTableRecords(uint32_t tableCode) {
 }
 
 void ZvDrawing::TableUpdate(ZvNativeDesc& desc) {
+    m_verbs->PurgeUndo(); // copies of entities there hold the former numbers
     for (ZvName name = m_nameTable.Next({}); !name.IsNull(); name = m_nameTable.Next(name))
         m_nameTable.GetQuiet(name)->TableUpdate(desc);
     for (const auto& entity : m_temporaryData->Entities())

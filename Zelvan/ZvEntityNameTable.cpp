@@ -64,6 +64,7 @@ void ZvEntityNameTable::Update(ZvName name, ZvEntity* entity) {
         ZvErrors::Report(ZvErrorCode::NameTable, text.View());
         if (!entity)
             return;
+        entity->SetName32(name.value);
         Store(name.value, entity);
         if (name.value == m_limit)
             FindEmptyRange();
@@ -72,6 +73,8 @@ void ZvEntityNameTable::Update(ZvName name, ZvEntity* entity) {
         return;
     }
     slot = entity;
+    if (entity)
+        entity->SetName32(name.value);
     m_untouchable.Set(name.value, entity && entity->IsUntouchable());
     if (!entity) {
         m_selected.Set(name.value, false);

@@ -32,7 +32,7 @@ public:
     /// high
     /// (see Reserve), gives it a fresh name instead. Answers the name that it has afterwards.
     ZvName Update(ZvEntity* entity);
-    /// Puts another entity (or null) into an occupied slot. An empty slot reports an error and takes the
+    /// Puts another entity (or null) into an occupied slot and gives it that name. An empty slot reports an error and takes the
     /// entity anyway.
     void Update(ZvName name, ZvEntity* entity);
     /// Frees the entity's slot and its bits; the entity keeps its name. Null, out of range or not the slot's

@@ -50,7 +50,7 @@ public:
         std::string layer;
         in >> layer;
         drawing.Insert(std::make_unique<ProbeEntity>(), XStringW::FromUtf8(layer));
-        return Zv::Status::Success;
+        return Zv::FromBool(!failHalfway);
     }
     Zv::Status Save(ZvDrawing& drawing, const fs::path& file, const ZvFileFormat&, const ZvFileOptions& given,
                     IOErrorSet&, ZvCore::IProgress&) override {
@@ -61,12 +61,16 @@ public:
         std::ofstream(file) << content;
         return fail ? Zv::Status::Failure : Zv::Status::Success;
     }
-    bool fail = false;
+    bool fail = false, failHalfway = false;
     std::string content = "new";
     fs::path written;
     ZvFileOptions options;
     int selectedWhileSaving = -1;
     Zv::Status nested = Zv::Status::Success;
+};
+
+struct IdleVerb : ZvVerb {
+    XStringW DefaultName() const override { return u"Idle"; }
 };
 
 class TestClock : public IZvClock {
@@ -194,15 +198,12 @@ TEST_F(ZvDrawingIOTest, SelectionIsKeptAcrossASaveAndPassedOnWhenAsked) {
 }
 
 TEST_F(ZvDrawingIOTest, LoadTakesTheNameRunsScheduledWorkAndIsClean) {
-    struct Nothing : ZvVerb {
-        XStringW DefaultName() const override { return u"Nothing"; }
-    };
     struct Events : ZvcIEventListener {
         void OnEvent(const ZvcEvent& event) override { codes.push_back(event.code); }
         std::vector<int> codes;
     } events;
     folder.Put("in.txt", "Walls");
-    drawing->DoVerb(new Nothing);
+    drawing->DoVerb(new IdleVerb);
     ASSERT_TRUE(drawing->IsModified());
     drawing->AddListener(&events);
     int runs = 0;
@@ -218,12 +219,23 @@ TEST_F(ZvDrawingIOTest, LoadTakesTheNameRunsScheduledWorkAndIsClean) {
     EXPECT_TRUE(drawing->IsModified());
     EXPECT_TRUE(provider.options.values.GetBool("SkipChecksum", false));
 
-    provider.fail = true;
     std::string why;
+    provider.fail = true;
+    drawing->ResetModified();
     EXPECT_EQ(io->LoadSimple(folder / "in.txt", &why), Zv::Status::Failure);
+    EXPECT_FALSE(drawing->IsModified());
     EXPECT_NE(why.find("told to fail"), std::string::npos);
     EXPECT_EQ(io->LoadSimple(folder / "in.unknown", &why), Zv::Status::NotStarted);
     EXPECT_NE(why.find("in.unknown"), std::string::npos);
+}
+
+TEST_F(ZvDrawingIOTest, HalfALoadStandsForNoFile) {
+    folder.Put("in.txt", "Walls");
+    ASSERT_EQ(io->LoadFile(folder / "in.txt"), Zv::Status::Success);
+    provider.failHalfway = true;
+    EXPECT_EQ(io->LoadSimple(folder / "in.txt"), Zv::Status::Failure);
+    EXPECT_TRUE(io->DrawingFileName().empty());
+    EXPECT_TRUE(drawing->IsModified());
 }
 
 TEST_F(ZvDrawingIOTest, DirtyIsSuppressedUntilItsTime) {
@@ -308,9 +320,13 @@ TEST_F(ZvDrawingIOTest, DamagedFileIsRefusedAndTheDrawingKept) {
     folder.Put("d.zvd", bytes);
     ZvDrawing other;
     other.Insert(std::make_unique<ZvPointEnt>(Vec3d{4, 5, 6}));
+    other.CurrentSelection().Insert(ZvName(1));
+    ASSERT_NE(other.DoVerb(new IdleVerb), 0);
     std::string why;
     EXPECT_EQ(other.DrawingIO()->LoadSimple(file, &why), Zv::Status::Failure);
     EXPECT_NE(why.find("checksum"), std::string::npos) << why;
     EXPECT_EQ(other.NameTable().Count(), 1);
+    EXPECT_EQ(other.CurrentSelection().Count(), 1);
+    EXPECT_EQ(other.Verbs()->StackSize(), 1);
     EXPECT_TRUE(other.DrawingIO()->DrawingFileName().empty());
 }

@@ -6,6 +6,7 @@
 #include "Zelvan/DrawingAux/ZvDrawingUIReactorHandler.h"
 #include "Zelvan/DrawingAux/ZvEntityReactorHandler.h"
 #include "Zelvan/DrawingAux/ZvTemporaryData.h"
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Ports/ZvSilentHost.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Tables/ZvLayout.h"
@@ -37,6 +38,10 @@ ProbeEntity* Insert(ZvDrawing& drawing, const XStringW& layer = {}, const ZvBoun
     drawing.Insert(std::move(entity), layer);
     return raw;
 }
+
+struct IdleVerb : ZvVerb {
+    XStringW DefaultName() const override { return u"Idle"; }
+};
 
 class TestClock : public IZvClock {
 public:
@@ -284,19 +289,21 @@ TEST(ZvDrawing, UnusedRecordsArePurgedAndReferencesFollow) {
     EXPECT_NE(drawing.LayerTable()->GetByName(u"0"), nullptr);
     EXPECT_NE(drawing.LineTypeTable()->GetByName(u"of a layer"), nullptr);
     EXPECT_EQ(drawing.LineTypeTable()->GetByName(u"of nothing"), nullptr);
+
+    ASSERT_NE(drawing.DoVerb(new IdleVerb), 0);
+    drawing.LineTypeTable()->DeleteRecord(u"of a layer");
+    EXPECT_EQ(entity->GetLayer()->GetLineType(), ZvLineType::Continuous());
+    EXPECT_EQ(drawing.Verbs()->StackSize(), 0) << "what verbs kept would refer to other records now";
 }
 
 TEST(ZvDrawing, ErasedEntitiesOfVerbsSurviveThePurge) {
-    struct Holder : ZvVerb {
-        XStringW DefaultName() const override { return u"Hold"; }
-    };
     ZvDrawing drawing;
     ProbeEntity* kept = Insert(drawing);
     int destroyed = 0;
     Insert(drawing)->onDestroyed = [&] { ++destroyed; };
     drawing.GetEntity(2)->SetErased(true);
     kept->SetErased(true);
-    auto* verb = new Holder;
+    auto* verb = new IdleVerb;
     verb->Entities().SetParentDrawing(&drawing);
     verb->Entities().Insert(kept);
     ASSERT_NE(drawing.DoVerb(verb), 0);
@@ -312,11 +319,8 @@ TEST(ZvDrawing, TimerTicksOnceAPeriodAndCleansUpRarely) {
     setup.clock = &clock;
     ZvDrawing drawing(setup);
     EXPECT_EQ(drawing.LastCleanup().verbs, 0);
-    struct Nothing : ZvVerb {
-        XStringW DefaultName() const override { return u"Nothing"; }
-    };
     for (int i = 0; i < 100; ++i)
-        drawing.DoVerb(new Nothing);
+        drawing.DoVerb(new IdleVerb);
     clock.seconds = 299;
     drawing.Tick();
     EXPECT_EQ(drawing.LastCleanup().verbs, 0);

@@ -156,6 +156,7 @@ TEST(ZvEntityNameTable, SwapUnderANameReportsAnEmptySlotAndStoresAnyway) {
     table.Update(ZvName(1), &b);
     EXPECT_TRUE(errors.Entries().empty());
     EXPECT_EQ(table.GetQuiet(1), &b);
+    EXPECT_EQ(b.Name(), ZvName(1));
     EXPECT_EQ(table.Count(), 1);
     table.Update(ZvName(7), &a);
     EXPECT_TRUE(errors.Has(13));
