@@ -53,7 +53,7 @@ void ZvBNode::List(ZvEntity* entity, const ZvBounds3D& bounds) {
 
 bool ZvBNode::RefuseInsertion(const ZvEntity* entity) {
     if (!entity) {
-        ZvPlatform::WriteCrashDump("c:\\zelvan-zvbnode_null.mdmp");
+        ZvPlatform::WriteCrashDump(R"(c:\zelvan-zvbnode_null.mdmp)");
         ZvErrors::Report(ZvErrorCode::NullInSplit, "ZvBNode.Insert");
         return true;
     }
