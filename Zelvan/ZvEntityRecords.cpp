@@ -29,7 +29,7 @@ std::unique_ptr<ZvEntity> ZvEntityRecords::Read() {
     const ZvNativeDesc::RecordScope record(desc, start, head.length);
     if (!record.Fits() || head.length < ZvNativeRecordHead::kSize)
         return nullptr;
-    std::unique_ptr<ZvEntity> entity = ZvServer::Instance().NewEntity(head.client, head.type);
+    std::unique_ptr<ZvEntity> entity = desc.Drawing().Server()->NewEntity(head.client, head.type);
     if (!entity || entity->NativeIn(desc))
         return nullptr;
     return entity;
