@@ -13,7 +13,8 @@ struct ZvPen {
     uint32_t argb = 0xFF000000; ///< straight (not premultiplied) alpha, 0xAARRGGBB
     float widthPx = 0;          ///< 0: thin, one device pixel whatever the surface's resolution
     Cap cap = Cap::Flat;
-    std::vector<float> dashes; ///< dash, gap, dash, gap ... in pixels; empty: continuous
+    /// Dash (0: a dot), gap, dash, gap ... in pixels; an odd last dash gets no gap. Empty: continuous.
+    std::vector<float> dashes;
     friend bool operator==(const ZvPen&, const ZvPen&) = default;
 };
 
@@ -24,6 +25,8 @@ struct ZvFill {
     uint32_t argb = 0xFF000000;   ///< as in ZvPen
     float hatchSpacingPx = 8;     ///< distance of hatch lines
     float hatchAngle = 0.785398f; ///< radians, counter-clockwise; the cross hatch adds the perpendicular
+    Vec2f hatchOrigin;            ///< a pixel position through which a line of the hatch goes
+    static constexpr float kLeastSpacing = 2;
     friend bool operator==(const ZvFill&, const ZvFill&) = default;
 };
 

@@ -40,11 +40,20 @@ public:
         return over + ScaleAll(under, 255 - (over >> 24));
     }
 
+    /// Over for colours of full alpha: `over` and `under` mixed as `coverage` is to 255, rounded once.
+    static constexpr uint32_t Mix(uint32_t under, uint32_t over, uint32_t coverage) {
+        uint64_t wide = Spread(over) * coverage + Spread(under) * (255 - coverage) + 0x0080008000800080ull;
+        wide = (wide + (wide >> 8 & kLanes)) >> 8 & kLanes;
+        return uint32_t(wide | wide >> 24);
+    }
+
 private:
+    static constexpr uint64_t kLanes = 0x00FF00FF00FF00FFull;
+    /// The four channels as 16-bit lanes.
+    static constexpr uint64_t Spread(uint32_t pixel) { return (uint64_t(pixel) << 24 | pixel) & kLanes; }
     static constexpr uint32_t ScaleAll(uint32_t pixel, uint32_t a) {
-        uint64_t wide = (uint64_t(pixel) << 24 | pixel) & 0x00FF00FF00FF00FFull;
-        wide = wide * a + 0x0080008000800080ull;
-        wide = (wide + (wide >> 8 & 0x00FF00FF00FF00FFull)) >> 8 & 0x00FF00FF00FF00FFull;
+        uint64_t wide = Spread(pixel) * a + 0x0080008000800080ull;
+        wide = (wide + (wide >> 8 & kLanes)) >> 8 & kLanes;
         return uint32_t(wide | wide >> 24);
     }
     int m_width = 0;
