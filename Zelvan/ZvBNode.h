@@ -3,6 +3,7 @@
 #include "Zelvan/ZvBNodeContainer.h"
 #include "Zelvan/ZvBNodeList.h"
 #include "Zelvan/ZvBounds.h"
+#include "Zelvan/ZvWidestLine.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/Vec.h"
 #include "ZvCore/dvect.h"
@@ -32,6 +33,8 @@ struct ZvBNodeRoot {
     ZvBNode* lastInsertionNode = nullptr;
     IZvBNodeContainer* container = nullptr;
     ZvcDumbHeap* heap = nullptr;
+    /// Of all entities that the tree has held.
+    ZvWidestLine widestLine;
 };
 
 /// Which entities a selection wants.
@@ -214,6 +217,8 @@ public:
     /// Draws what the context's window shows, by its mode. By-layer values are those of the layer that the context has entered.
     void Draw(ZvRenderContext& context) const;
     void DrawPdf(ZvRenderContext& context) const;
+    /// World units of the widest line that the tree has held, by-layer widths aside.
+    double WidestLine(const ZvScaleSetup& scale) const { return m_root->widestLine.ToWorld(scale); }
     /// Draws the node's own entities from its cached draw set (built when it is not valid).
     void DrawCachedSet(ZvRenderContext& context) const;
     /// The same with a look at every entity of the node.

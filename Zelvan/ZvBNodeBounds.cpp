@@ -208,6 +208,8 @@ void ZvBNode::Relocate(size_t index, const ZvBounds3D& bounds) {
 }
 
 void ZvBNode::ChildUpdateAppearance(ZvEntity* entity) {
+    if (entity)
+        m_root->widestLine.Add(*entity);
     if (ZvBNode* node = entity ? entity->ParentBlockLeaf() : nullptr)
         node->InvalidateDrawSet();
     TouchContainer(entity);

@@ -243,6 +243,7 @@ void ZvBNodeBuilder::Append(ZvBNode& node, const Item* items, size_t count) cons
         ZvEntity* entity = EntityOf(source);
         entity->SetParentBlock(&node);
         entity->SetParentSpatialNode(uint32_t(node.m_nodeId));
+        node.m_root->widestLine.Add(*entity);
         list.Add(entity, grid.Pack(bounds.minX, bounds.minY, bounds.maxX, bounds.maxY));
         all.ExpandToFit(bounds);
         if (!(source & kErasedBit))

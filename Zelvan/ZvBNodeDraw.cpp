@@ -1,59 +1,9 @@
 // Walks for drawing.
 #include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/RenC/ZvNodeDrawer.h"
 #include "Zelvan/RenC/ZvRenderContext.h"
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvBNodePair.h"
-
-namespace {
-
-bool OutsideOf(const ZvBounds3D& b, const ZvBounds2D& window) {
-    return b.minX > window.maxX || b.maxX < window.minX || b.minY > window.maxY || b.maxY < window.minY;
-}
-
-/// Hands a context what its window shows.
-class DrawVisitor : public IZvBNodeVisitor {
-public:
-    explicit DrawVisitor(ZvRenderContext& context) : m_context(context), m_window(context.WorldWindow()) {
-        if (context.PlanMap())
-            m_pixel = context.WorldPerPixel();
-    }
-
-    ZvWalkStep Node(const ZvBNode& node, const ZvBounds3D& bounds) override {
-        ++m_context.stats.nodesVisited;
-        if (OutsideOf(bounds, m_window)) {
-            ++m_context.stats.nodesCulled;
-            return ZvWalkStep::Skip;
-        }
-        if (bounds.maxX - bounds.minX < m_pixel && bounds.maxY - bounds.minY < m_pixel) {
-            // All of it falls on one pixel: what is drawn last decides, any one stands for it.
-            ++m_context.stats.nodesBelowPixel;
-            DrawAny(node);
-            return ZvWalkStep::Skip;
-        }
-        return bounds.IsInsideOf2D(m_window) ? ZvWalkStep::TakeAll : ZvWalkStep::Descend;
-    }
-
-    bool Run(const ZvNodeRun& run) override {
-        for (ZvEntity* entity : run.entities)
-            entity->Draw(m_context);
-        return true;
-    }
-
-private:
-    bool DrawAny(const ZvBNode& node) {
-        if (const auto drawn = node.DrawSet(); !drawn.empty()) {
-            drawn.back()->Draw(m_context);
-            return true;
-        }
-        return node.IsSplit() && (DrawAny(*node.Child(1)) || DrawAny(*node.Child(0)));
-    }
-
-    ZvRenderContext& m_context;
-    const ZvBounds2D m_window;
-    double m_pixel = 0;
-};
-
-} // namespace
 
 bool ZvBNode::Walk(IZvBNodeVisitor& visitor) const {
     RepairBounds();
@@ -93,18 +43,14 @@ bool ZvBNode::RunLoose(IZvBNodeVisitor& visitor) const {
 }
 
 void ZvBNode::Draw(ZvRenderContext& context) const {
-    DrawVisitor visitor(context);
-    Walk(visitor);
-    context.Flush();
+    ZvNodeDrawer drawer(context);
+    Walk(drawer);
 }
 
 void ZvBNode::DrawPdf(ZvRenderContext& context) const {
-    const ZvBounds2D& window = context.WorldWindow();
-    const auto draw = [&context](ZvEntity* entity) {
-        entity->DrawPdf(context);
-        return true;
-    };
-    ForEachInRect(window, {.visibleOnly = true}, draw);
+    ZvNodeDrawer drawer(context);
+    drawer.ForcePdf();
+    Walk(drawer);
 }
 
 void ZvBNode::DrawCachedSet(ZvRenderContext& context) const {

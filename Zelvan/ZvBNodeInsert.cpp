@@ -111,6 +111,7 @@ void ZvBNode::InsertInternal(ZvEntity* entity, const ZvBounds3D& bounds) {
 void ZvBNode::Keep(ZvEntity* entity, const ZvBounds3D& bounds) {
     entity->SetParentBlock(this);
     entity->SetParentSpatialNode(uint32_t(m_nodeId));
+    m_root->widestLine.Add(*entity);
     if (m_allEqual)
         m_allEqual = m_list.Size() > 0 && m_list.Get(0)->Bounds2D() == bounds.ToBounds2D();
     List(entity, bounds);

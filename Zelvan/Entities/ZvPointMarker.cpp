@@ -19,8 +19,9 @@ constexpr Vec2f kOctagon[] = {{1, 0},  {0.707f, 0.707f},   {0, 1},  {-0.707f, 0.
 class Painter {
 public:
     Painter(ZvRenderContext& context, Vec2f at, double angle)
-        : m_context(context), m_at(at), m_cos(float(std::cos(angle)) * ZvPointMarker::kSize / 2),
-          m_sin(float(std::sin(angle)) * ZvPointMarker::kSize / 2) {}
+        : m_context(context), m_at(at),
+          m_cos(float(std::cos(angle) * context.PixelScale()) * ZvPointMarker::kSize / 2),
+          m_sin(float(std::sin(angle) * context.PixelScale()) * ZvPointMarker::kSize / 2) {}
     void Stroke(std::span<const Vec2f> corners, bool closed) const {
         Vec2f points[8];
         for (size_t i = 0; i < corners.size(); ++i) {
@@ -63,7 +64,7 @@ void ZvPointMarker::Draw(ZvRenderContext& context, const Vec3d& at, uint16_t typ
         painter.Stroke(kTriangle, true);
         break;
     default:
-        context.Marker(pixel, kDotSize);
+        context.Marker(pixel, kDotSize * float(context.PixelScale()));
     }
 }
 

@@ -18,8 +18,8 @@ enum class ZvPointType : uint16_t {
 
 /// Draws the marker of points. The context's pen is set by the caller.
 struct ZV_API ZvPointMarker {
-    static constexpr float kSize = 7;    ///< pixels across
-    static constexpr float kDotSize = 3; ///< pixels across, of dots
+    static constexpr float kSize = 7;    ///< screen pixels across
+    static constexpr float kDotSize = 3; ///< screen pixels across, of dots
     /// `angle` turns the marker counter-clockwise, radians.
     static void Draw(ZvRenderContext& context, const Vec3d& at, uint16_t type, double angle);
     /// Counts the point in the cell of the context's heat map, where it has one.

@@ -10,6 +10,8 @@ namespace {
 constexpr double kThinStep = 0.5;
 /// From here on it pays to ask whether the entity reaches out of the window.
 constexpr uint32_t kCutFrom = 64;
+/// Blocks lie anywhere in memory: this many entities before its turn each is asked for.
+constexpr size_t kPrefetch = 8;
 
 ZvXLine::Affine2 MapOf(const ZvPixelMap& map) {
     return {map.xx, map.xy, map.x0, map.yx, map.yy, map.y0};
@@ -80,8 +82,18 @@ void ZvXLine::DrawRast(ZvRenderContext& context) const {
 }
 
 void ZvXLine::DrawRast(ZvRenderContext& context, const ZvEntity* const* batch, size_t count) const {
-    for (size_t i = 0; i < count; ++i)
+    const auto prefetch = [batch](size_t i) {
+        const uint8_t* block = static_cast<const ZvXLine*>(batch[i])->m_data;
+        __builtin_prefetch(block);
+        __builtin_prefetch(block + 64);
+    };
+    for (size_t i = 0; i < std::min(count, kPrefetch); ++i)
+        prefetch(i);
+    for (size_t i = 0; i < count; ++i) {
+        if (i + kPrefetch < count)
+            prefetch(i + kPrefetch);
         static_cast<const ZvXLine*>(batch[i])->DrawGeneric(context);
+    }
 }
 
 void ZvXLine::DrawPdf(ZvRenderContext& context) const {

@@ -1,6 +1,6 @@
 #pragma once
+#include "Zelvan/RenC/ZvNodeDrawer.h"
 #include "Zelvan/RenC/ZvRenderContext.h"
-#include "Zelvan/ZvBNode.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/DateTime.h"
 #include "ZvCore/Progress.h"
@@ -13,10 +13,11 @@ class ZvLayer;
 /// Draws one frame of a drawing: visible layers from the bottom to the top of the layer table's order, each by a walk of its tree in
 /// which nodes outside the window are left out and nodes smaller than a pixel become one dot. A frame can stop at a deadline, say
 /// that it is not finished, and go on with the next call.
-class ZV_API ZvFrameRenderer : private IZvBNodeVisitor {
+class ZV_API ZvFrameRenderer : private ZvNodeDrawer {
 public:
     struct Options {
-        /// Null: all layers that are visible and not internal.
+        /// Null: all layers that are visible and not internal; of a PDF those that print. Layers whose scale range does not hold the
+        /// view's scale are never drawn.
         std::function<bool(const ZvLayer&)> layerFilter;
         /// Seconds for one call of Draw; 0: no limit. Looked at between nodes.
         double budgetSeconds = 0;
@@ -30,19 +31,17 @@ public:
     State Draw();
 
 private:
-    ZvWalkStep Node(const ZvBNode& node, const ZvBounds3D& bounds) override;
-    bool Run(const ZvNodeRun& run) override;
+    bool WantsNext() override { return ++m_steps > m_stepsDone; }
+    bool GoesOn() override;
+    bool IsShown(const ZvLayer& layer) const;
     bool DrawLayer(const ZvLayer& layer);
-    bool IsTimeUp();
 
     ZvRenderContext& m_context;
     Options m_options;
     std::vector<const ZvLayer*> m_layers; // bottom first
     size_t m_layer = 0;
-    uint64_t m_steps = 0;     // nodes and runs handled in this layer by this walk
-    uint64_t m_stepsDone = 0; // by earlier calls: skipped
+    uint64_t m_steps = 0;     // pieces of work seen in this layer by this walk
+    uint64_t m_stepsDone = 0; // by earlier calls: left out
     double m_deadline = 0;
     bool m_cancelled = false;
-    bool m_whole =
-        false; // the node asked about last lies in the window entirely; its own run follows at once
 };

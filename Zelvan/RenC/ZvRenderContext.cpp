@@ -4,6 +4,7 @@
 #include "Zelvan/Tables/ZvLineTypeRec.h"
 #include "Zelvan/Tables/ZvLineTypeTable.h"
 #include "Zelvan/View/ZvViewXForm.h"
+#include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvUniSize.h"
 #include <algorithm>
@@ -12,15 +13,18 @@
 namespace {
 constexpr size_t kBatchSize = 256;
 constexpr float kThinStep = 0.5f; // pixels
-constexpr double kMetersPerPixel = 0.0254 / 96;
+constexpr double kScreenDpi = 96;
+constexpr double kMetersPerInch = 0.0254;
+constexpr double kMargin = 4;       // pixels around the surface in which geometry still counts
+constexpr double kMarkerReach = 16; // screen pixels by which markers may reach out of their bounds
 } // namespace
 
 ZvRenderContext::ZvRenderContext(ZvRenderMode mode, IZvSurface& surface, const Zelvan::ZvViewXForm& xform,
                                  const ZvDrawing* drawing)
-    : m_mode(mode), m_surface(surface), m_xform(xform), m_drawing(drawing) {
+    : m_mode(mode), m_surface(surface), m_xform(xform), m_drawing(drawing), m_scale(xform.Scale()),
+      m_pixelScale(xform.Options().pixelsPerInch / kScreenDpi), m_background(xform.Options().background) {
     SetUpView();
     m_scale.worldPerPixel = m_worldPerPixel;
-    m_scale.worldPerMeter = m_worldPerPixel / kMetersPerPixel;
 }
 
 ZvRenderContext::~ZvRenderContext() {
@@ -43,39 +47,41 @@ void ZvRenderContext::SetUpView() {
     m_isPlan = m_xform.IsPlan();
     const double det = m_planMap.xx * m_planMap.yy - m_planMap.xy * m_planMap.yx;
     m_worldPerPixel = std::abs(det) > 0 ? 1 / std::sqrt(std::abs(det)) : 1;
-    m_worldWindow = ZvBounds2D::SuperBounds();
-    if (!m_isPlan || det == 0)
-        return;
-    m_worldWindow.Reset();
-    constexpr double kMargin = 4;
-    for (double x : {-kMargin, m_surface.Width() + kMargin})
-        for (double y : {-kMargin, m_surface.Height() + kMargin}) {
-            const double dx = x - o.x, dy = y - o.y;
-            m_worldWindow.ExpandToFit(Vec2d{at.x + (m_planMap.yy * dx - m_planMap.xy * dy) / det,
-                                            at.y + (m_planMap.xx * dy - m_planMap.yx * dx) / det});
-        }
+    m_surfaceWindow = ZvBounds2D::SuperBounds();
+    if (m_isPlan && det != 0) {
+        m_surfaceWindow.Reset();
+        for (double x : {-kMargin, m_surface.Width() + kMargin})
+            for (double y : {-kMargin, m_surface.Height() + kMargin}) {
+                const double dx = x - o.x, dy = y - o.y;
+                m_surfaceWindow.ExpandToFit(Vec2d{at.x + (m_planMap.yy * dx - m_planMap.xy * dy) / det,
+                                                  at.y + (m_planMap.xx * dy - m_planMap.yx * dx) / det});
+            }
+    }
+    m_worldWindow = m_cullWindow = m_surfaceWindow;
 }
 
 void ZvRenderContext::SetDotsPerInch(double dpi) {
-    m_scale.worldPerMeter = m_worldPerPixel * dpi / 0.0254;
-    m_pixelScale = dpi / 96;
+    if (!(m_xform.Options().paperScale > 0))
+        m_scale.worldPerMeter = m_worldPerPixel * dpi / kMetersPerInch;
+    m_pixelScale = dpi / kScreenDpi;
 }
 
 void ZvRenderContext::EnterLayer(const ZvLayer* layer) {
     Flush();
     m_layer = layer;
     m_penValid = m_fillValid = false;
+    double reach = kMarkerReach * m_pixelScale;
+    if (layer) {
+        const double wide = WidthInPixels(layer->GetLineWidth());
+        reach = std::max(reach, std::max(wide, layer->Tree().WidestLine(m_scale) / m_worldPerPixel) / 2);
+    }
+    m_cullWindow = m_surfaceWindow;
+    m_cullWindow.Grow(reach * m_worldPerPixel, reach * m_worldPerPixel);
 }
 
 // On a light background the palette's white (index 7) draws black.
-uint32_t ZvRenderContext::ResolveColor(const ZvColor& color, bool forFill) const {
-    ZvColor resolved = color;
-    if (color.IsByLayer())
-        resolved = !m_layer  ? ZvColor::DefaultValue()
-                   : forFill ? m_layer->GetBrush().GetColor()
-                             : m_layer->GetColor();
-    if (resolved.IsByLayer() && m_layer)
-        resolved = m_layer->GetColor();
+uint32_t ZvRenderContext::ResolveColor(const ZvColor& color) const {
+    ZvColor resolved = color.IsByLayer() && m_layer ? m_layer->GetColor() : color;
     if (resolved.IsByBlock() || resolved.IsByLayer() || resolved.IsNull())
         resolved = ZvColor::DefaultValue();
     if (resolved.IsIndexed() && resolved.GetIndex() == ZvColor::kDefaultIndex) {
@@ -90,7 +96,7 @@ bool ZvRenderContext::UsePen(const ZvLineEntity& entity) {
     const ZvColor color = entity.GetColor();
     const ZvLineWidth width = entity.GetLineWidth();
     const PenKey key{color.NativeRGB(), int16_t(color.GetIndex()), entity.GetLineType().hardGet(),
-                     width.Raw()};
+                     width.Raw(), entity.GetLineCap()};
     if (m_penValid && key == m_penKey)
         return m_penDraws;
     m_penKey = key;
@@ -101,69 +107,89 @@ bool ZvRenderContext::UsePen(const ZvLineEntity& entity) {
         resolved = m_layer ? m_layer->GetLineWidth() : ZvLineWidth::Thin();
     if (type.IsByLayer())
         type = m_layer ? m_layer->GetLineType() : ZvLineType::Continuous();
-    ApplyPen(ResolveColor(color, false), resolved, type);
+    ApplyPen(ResolveColor(color), resolved, type, key.lineCap);
     return m_penDraws;
 }
 
 void ZvRenderContext::UseColor(const ZvEntity& entity) {
     m_penValid = false;
-    ApplyPen(ResolveColor(entity.GetColor(), false), ZvLineWidth::Thin(), ZvLineType::Continuous());
+    ApplyPen(ResolveColor(entity.GetColor()), ZvLineWidth::Thin(), ZvLineType::Continuous(), 0);
 }
 
-void ZvRenderContext::ApplyPen(uint32_t argb, const ZvLineWidth& width, const ZvLineType& type) {
+double ZvRenderContext::WidthInPixels(const ZvLineWidth& width) const {
+    if (width.IsThin() || !m_xform.Options().lineWidths)
+        return 0;
+    return width.IsPixels() ? width.GetPixels() * m_pixelScale
+                            : m_scale.WidthToWorld(width) / m_worldPerPixel;
+}
+
+void ZvRenderContext::ApplyPen(uint32_t argb, const ZvLineWidth& width, const ZvLineType& type, int lineCap) {
     m_penColor = argb;
     m_penDraws = argb >> 24 != 0;
     ZvPen pen;
     pen.argb = argb;
-    if (width.IsWorld())
-        pen.widthPx = float(width.GetWorld() / m_worldPerPixel);
-    else if (width.IsPixels())
-        pen.widthPx = float(width.GetPixels() * m_pixelScale);
-    else if (!width.IsThin())
-        pen.widthPx = float(m_scale.WidthToWorld(width) / m_worldPerPixel);
-    if (pen.widthPx > 2)
-        pen.cap = ZvPen::Cap::Round;
+    pen.widthPx = float(WidthInPixels(width));
     if (type.IsIndexed() && m_drawing && m_drawing->LineTypeTable())
         if (const ZvLineTypeRec* record = m_drawing->LineTypeTable()->Get(type.GetIndex()))
             pen.dashes = DashesInPixels(*record);
+    if (pen.widthPx > 2 && pen.dashes.empty())
+        pen.cap = lineCap == 1 ? ZvPen::Cap::Flat : lineCap == 2 ? ZvPen::Cap::Square : ZvPen::Cap::Round;
+    m_worldWindow = m_surfaceWindow;
+    const double reach = pen.widthPx * m_worldPerPixel; // square ends and mitres reach beyond half the width
+    m_worldWindow.Grow(reach, reach);
     m_surface.SetPen(pen);
 }
 
 // A pattern that repeats within two pixels would only look grey: it is drawn continuous.
 std::vector<float> ZvRenderContext::DashesInPixels(const ZvLineTypeRec& type) const {
-    const double unit = type.GetUnits() == ZvLineTypeRec::Units::World
-                            ? 1 / m_worldPerPixel
-                            : m_scale.worldPerMeter * (0.0254 / 72) / m_worldPerPixel;
+    const double unit = (type.GetUnits() == ZvLineTypeRec::Units::World
+                             ? 1 / m_worldPerPixel
+                             : m_scale.worldPerMeter * (kMetersPerInch / 72) / m_worldPerPixel) *
+                        m_xform.Options().lineTypeScale;
     std::vector<float> dashes;
-    if (type.PatternLength() * unit < 2)
+    if (!(type.PatternLength() * unit >= 2))
         return dashes;
     for (double length : type.Dashes())
         dashes.push_back(float(length * unit));
     return dashes;
 }
 
+// A brush by layer is the layer's, in its colour unless the entity's has one of its own.
 bool ZvRenderContext::UseFill(const ZvFilledEntity& entity) {
-    const ZvBrush brush = entity.GetBrush();
-    const ZvColor color = brush.GetColor();
+    ZvBrush brush = entity.GetBrush();
+    ZvColor color = brush.GetColor();
     const FillKey key{color.NativeRGB(), int16_t(color.GetIndex()), int16_t(brush.GetStyle())};
     if (m_fillValid && key == m_fillKey)
         return m_fillDraws;
     m_fillKey = key;
     m_fillValid = true;
-    ZvBrush resolved = brush;
-    if (brush.IsByLayer() && m_layer)
-        resolved.SetStyle(m_layer->GetBrush().GetStyle());
+    if (brush.IsByLayer() && m_layer) {
+        brush = m_layer->GetBrush();
+        if (color.IsByLayer())
+            color = brush.GetColor();
+    }
     ZvFill fill;
-    fill.argb = ResolveColor(color, true);
-    if (resolved.IsSolid())
+    fill.argb = ResolveColor(color);
+    fill.hatchSpacingPx *= float(m_pixelScale);
+    fill.hatchOrigin = HatchOrigin(fill);
+    if (brush.IsSolid())
         fill.kind = ZvFill::Kind::Solid;
-    else if (resolved.IsCrossHatch())
+    else if (brush.IsCrossHatch())
         fill.kind = ZvFill::Kind::CrossHatch;
-    else if (resolved.IsTexture())
+    else if (brush.IsTexture())
         fill.kind = ZvFill::Kind::Hatch;
     m_fillDraws = fill.kind != ZvFill::Kind::None && fill.argb >> 24 != 0;
     m_surface.SetFill(fill);
     return m_fillDraws;
+}
+
+// Hatches stay with the drawing when the view moves: a line goes through the world's origin. The pixel nearest to the surface's
+// corner that stands for it keeps its precision.
+Vec2f ZvRenderContext::HatchOrigin(const ZvFill& fill) const {
+    const double nx = std::sin(double(fill.hatchAngle)), ny = std::cos(double(fill.hatchAngle));
+    const double across = std::fmod(m_planMap.x0 * nx + m_planMap.y0 * ny, double(fill.hatchSpacingPx));
+    const double along = std::fmod(m_planMap.x0 * ny - m_planMap.y0 * nx, double(fill.hatchSpacingPx));
+    return {float(nx * across + ny * along), float(ny * across - nx * along)};
 }
 
 Vec2f* ZvRenderContext::Points(size_t count) {
@@ -249,8 +275,10 @@ void ZvRenderContext::Batch(const ZvEntity* entity) {
 }
 
 void ZvRenderContext::Flush() {
-    if (m_batch.empty())
+    if (m_batch.empty() || !m_batchInWork.empty())
         return;
-    m_batch.front()->DrawRast(*this, m_batch.data(), m_batch.size());
-    m_batch.clear();
+    m_batchInWork.swap(m_batch);
+    m_batchInWork.front()->DrawRast(*this, m_batchInWork.data(), m_batchInWork.size());
+    m_batchInWork.clear();
+    Flush(); // what drawing these put off in turn
 }

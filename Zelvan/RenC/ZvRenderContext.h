@@ -60,19 +60,27 @@ public:
     const ZvScaleSetup& Scale() const { return m_scale; }
     /// Null for views that are not plan views: map through XForm() then.
     const ZvPixelMap* PlanMap() const { return m_isPlan ? &m_planMap : nullptr; }
-    /// World extent of the surface, a few pixels wider; everything for views that are not plan views.
+    /// World extent of the surface, wider by a few pixels and by what the current pen reaches: geometry beyond does not show.
+    /// Everything for views that are not plan views.
     const ZvBounds2D& WorldWindow() const { return m_worldWindow; }
+    /// World extent of the surface, wider by what lines and markers of the layer at hand may reach beyond their bounds.
+    const ZvBounds2D& CullWindow() const { return m_cullWindow; }
     /// World units covered by a pixel at the view's centre.
     double WorldPerPixel() const { return m_worldPerPixel; }
-    /// Palette index 7 draws black on light backgrounds, white on dark ones.
+    /// Pixels of the surface to one of a screen (96 to the inch): sizes given in pixels are multiplied by it.
+    double PixelScale() const { return m_pixelScale; }
+    double WorldPerScreenPixel() const { return m_worldPerPixel * m_pixelScale; }
+    /// Palette index 7 draws black on light backgrounds, white on dark ones. At first that of the view's options.
     void SetBackground(uint32_t argb) { m_background = argb; }
-    /// Resolution at which sizes in points, millimetres and pixels (96 to the inch) are drawn; 96 unless set.
+    /// Resolution at which sizes in points, millimetres and pixels (96 to the inch) are drawn; at first that of the view's options.
+    /// Where these give a paper scale, it goes on deciding points and millimetres.
     void SetDotsPerInch(double dpi);
 
     /// By-layer values from here on; null: palette index 7, thin, continuous, empty.
     void EnterLayer(const ZvLayer* layer);
 
-    /// Makes the entity's line the current pen. False when nothing is to be stroked.
+    /// Makes the entity's line the current pen. False when nothing is to be stroked. Lines wider than two pixels have round ends
+    /// unless the entity's line cap says flat (1) or square (2); dashes are flat.
     bool UsePen(const ZvLineEntity& entity);
     /// Makes the entity's brush the current fill. False when the brush is empty.
     bool UseFill(const ZvFilledEntity& entity);
@@ -105,8 +113,10 @@ public:
 
 private:
     void SetUpView();
-    uint32_t ResolveColor(const ZvColor& color, bool forFill) const;
-    void ApplyPen(uint32_t argb, const ZvLineWidth& width, const ZvLineType& type);
+    uint32_t ResolveColor(const ZvColor& color) const;
+    void ApplyPen(uint32_t argb, const ZvLineWidth& width, const ZvLineType& type, int lineCap);
+    double WidthInPixels(const ZvLineWidth& width) const;
+    Vec2f HatchOrigin(const ZvFill& fill) const;
     std::vector<float> DashesInPixels(const ZvLineTypeRec& type) const;
     size_t Thin(Vec2f* points, size_t count) const;
 
@@ -117,7 +127,7 @@ private:
     ZvScaleSetup m_scale;
     ZvPixelMap m_planMap;
     bool m_isPlan = false;
-    ZvBounds2D m_worldWindow;
+    ZvBounds2D m_surfaceWindow, m_worldWindow, m_cullWindow; // what the surface shows; see the accessors
     double m_worldPerPixel = 1;
     double m_pixelScale = 1;
     uint32_t m_background = 0xFFFFFFFF;
@@ -127,6 +137,7 @@ private:
         uint32_t color;
         int16_t colorIndex, lineType;
         float width;
+        int lineCap;
         friend bool operator==(const PenKey&, const PenKey&) = default;
     };
     struct FillKey {
@@ -142,6 +153,6 @@ private:
     std::vector<ZvSurfaceRing> m_rings;
     std::unique_ptr<std::vector<float>> m_heat;
     int m_heatWidth = 0;
-    std::vector<const ZvEntity*> m_batch;
+    std::vector<const ZvEntity*> m_batch, m_batchInWork;
     uint32_t m_batchCode = 0;
 };
