@@ -71,13 +71,16 @@ void ZvDasher::Segment(const ZvSurfaceCut::Box& box, Vec2f a, Vec2f b, Flush&& f
         flush();
         Skip(from * length);
     }
-    double at = from * length;
-    const double end = to * length;
+    // Only what lies in the box is measured from here on: far ends would swallow a dash's length.
+    const Vec2f start = ZvSurfaceCut::At(box, a, b, from), end = ZvSurfaceCut::At(box, a, b, to);
+    const double seen = std::sqrt((double(end.x) - start.x) * (double(end.x) - start.x) +
+                                  (double(end.y) - start.y) * (double(end.y) - start.y));
+    double at = 0;
     if (IsDash() && m_dash.empty())
-        m_dash.push_back(ZvSurfaceCut::At(box, a, b, from));
-    while (at + m_left <= end) {
+        m_dash.push_back(start);
+    while (at + m_left <= seen) {
         at += m_left;
-        const Vec2f here = ZvSurfaceCut::At(box, a, b, at / length);
+        const Vec2f here = seen > 0 ? ZvSurfaceCut::At(box, start, end, at / seen) : start;
         if (IsDash()) {
             if (m_left > 0)
                 m_dash.push_back(here);
@@ -87,9 +90,9 @@ void ZvDasher::Segment(const ZvSurfaceCut::Box& box, Vec2f a, Vec2f b, Flush&& f
         if (IsDash())
             m_dash.push_back(here);
     }
-    m_left -= end - at;
-    if (IsDash() && end > at)
-        m_dash.push_back(ZvSurfaceCut::At(box, a, b, to));
+    m_left -= seen - at;
+    if (IsDash() && seen > at)
+        m_dash.push_back(end);
     if (to < 1) {
         flush();
         Skip((1 - to) * length);

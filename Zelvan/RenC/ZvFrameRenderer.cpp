@@ -4,7 +4,7 @@
 #include "Zelvan/ZvDrawing.h"
 
 namespace {
-constexpr uint64_t kProgressEvery = 256;
+constexpr uint64_t kProgressEvery = 16;
 }
 
 ZvFrameRenderer::ZvFrameRenderer(const ZvDrawing& drawing, ZvRenderContext& context, Options options)

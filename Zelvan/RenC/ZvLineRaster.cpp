@@ -1,6 +1,5 @@
 #include "Zelvan/RenC/ZvLineRaster.h"
 #include <cmath>
-#include <cstdlib>
 
 namespace {
 
@@ -24,7 +23,7 @@ ZvLineRaster::ZvLineRaster(ZvPixelBuffer& target, const Rect2I& clip, uint32_t c
       m_window(ZvSurfaceCut::Around(m_clip, 2)), m_color(color), m_opaque(color >> 24 == 255),
       m_antialias(antialias) {}
 
-bool ZvLineRaster::Segment(Vec2f a, Vec2f b, bool inside, bool withEnd) {
+bool ZvLineRaster::Segment(Vec2f a, Vec2f b, bool inside, int ends) {
     if (!inside && !ZvSurfaceCut::Segment(m_window, a, b))
         return true;
     const float dx = b.x - a.x, dy = b.y - a.y;
@@ -34,10 +33,14 @@ bool ZvLineRaster::Segment(Vec2f a, Vec2f b, bool inside, bool withEnd) {
     Steps s;
     s.major = Floor(major0);
     const int end = Floor(major1);
-    s.count = std::abs(end - s.major) + withEnd;
-    if (s.count == 0)
+    s.step = major1 >= major0 ? 1 : -1;
+    s.count = (end - s.major) * s.step;
+    if (ends & kStart && (float(s.major) + 0.5f - major0) * float(s.step) < 0)
+        s.major += s.step, --s.count;
+    if (ends & kEnd && (major1 - float(end) - 0.5f) * float(s.step) > 0)
+        ++s.count;
+    if (s.count <= 0)
         return false;
-    s.step = end > s.major || (end == s.major && major1 >= major0) ? 1 : -1;
     const float slope = length > 0 ? (steep ? dx : dy) / length : 0;
     const float toCentre = (float(s.major) + 0.5f - major0) * float(s.step);
     const float minor0 = (steep ? a.x : a.y) - (m_antialias ? 0.5f : 0.0f);
@@ -74,11 +77,12 @@ void ZvLineRaster::Polyline(const Vec2f* points, size_t count, bool closed) {
     bool inside = IsWellInside(points[0]), drawn = false;
     for (size_t i = 1; i < count; ++i) {
         const bool next = IsWellInside(points[i]);
-        drawn |= Segment(points[i - 1], points[i], inside && next, !closed && i + 1 == count);
+        const int ends = closed ? kNone : (i == 1 ? kStart : kNone) | (i + 1 == count ? kEnd : kNone);
+        drawn |= Segment(points[i - 1], points[i], inside && next, ends);
         inside = next;
     }
     if (closed)
-        drawn |= Segment(points[count - 1], points[0], inside && IsWellInside(points[0]), false);
+        drawn |= Segment(points[count - 1], points[0], inside && IsWellInside(points[0]), kNone);
     if (!drawn)
         Dot(points[count - 1]);
 }

@@ -5,8 +5,8 @@
 #include "ZvCore/Vec.h"
 
 /// Thin (one pixel) lines into a pixel buffer, clipped to a rectangle. Pixel centres lie at .5. A segment covers its first pixel and
-/// not its last one, so that a polyline blends no pixel twice at its vertices; an open line's last segment covers both. Points that
-/// are not finite break the line; points at any distance are taken.
+/// not its last one, so that a polyline blends no pixel twice at its vertices; an open line's ends cover the pixels whose centres they
+/// pass. Points that are not finite break the line; points at any distance are taken.
 class ZV_API ZvLineRaster {
 public:
     /// `clip` is cut to the buffer. `color` is premultiplied.
@@ -29,8 +29,10 @@ private:
     bool IsWellInside(Vec2f p) const {
         return p.x >= m_safeLeft && p.x < m_safeRight && p.y >= m_safeTop && p.y < m_safeBottom;
     }
-    /// False when no pixel was covered because the segment ends in the pixel in which it begins.
-    bool Segment(Vec2f a, Vec2f b, bool inside, bool withEnd);
+    /// What of a segment is an end of the line.
+    enum Ends { kNone = 0, kStart = 1, kEnd = 2 };
+    /// False when no pixel was covered because the segment is too short.
+    bool Segment(Vec2f a, Vec2f b, bool inside, int ends);
     template <bool Steep, bool Checked>
     void Aliased(Steps s);
     template <bool Steep, bool Checked>
