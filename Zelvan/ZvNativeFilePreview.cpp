@@ -1,4 +1,5 @@
 #include "Zelvan/DrawingAux/ZvDrawingAuxData.h"
+#include "Zelvan/RenC/ZvPreviewPainter.h"
 #include "Zelvan/Tables/ZvDataTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeFile.h"
@@ -18,7 +19,8 @@ bool ZvNativeFile::Impl::PreparePreviewBitmap() {
     ZvPreviewBitmap bitmap;
     bitmap.width = bitmap.height = ZvPreviewBitmap::kSide;
     bitmap.pixels.assign(size_t(bitmap.width) * size_t(bitmap.height), 0x00FFFFFFu);
-    if (!options.previewRenderer || !options.previewRenderer(*drawing, bitmap))
+    if (options.previewRenderer ? !options.previewRenderer(*drawing, bitmap)
+                                : !ZvPreviewPainter::Paint(*drawing, bitmap))
         return false;
     drawing->DataTable()->GetOrMake(ThumbnailName()).SetBinary(bitmap.Encode());
     return true;

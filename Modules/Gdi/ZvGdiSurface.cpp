@@ -8,10 +8,12 @@ COLORREF ToRef(uint32_t argb) {
     return RGB(argb >> 16 & 255, argb >> 8 & 255, argb & 255);
 }
 
-// GDI's pixel n covers [n, n + 1): positions are rounded down. Far coordinates are cut to what GDI takes.
+constexpr float kReach = 8192; // pixels beyond the surface
+constexpr size_t kMostDashes = 16;
+
+// GDI's pixel n covers [n, n + 1): positions are rounded down.
 POINT ToPoint(Vec2f p) {
-    auto cut = [](float v) { return LONG(std::floor(std::clamp(v, -1e8f, 1e8f))); };
-    return {cut(p.x), cut(p.y)};
+    return {LONG(std::floor(p.x)), LONG(std::floor(p.y))};
 }
 
 } // namespace
@@ -46,10 +48,10 @@ HPEN ZvGdiSurface::MakePen() const {
     const DWORD cap = m_penSpec.cap == ZvPen::Cap::Round    ? PS_ENDCAP_ROUND
                       : m_penSpec.cap == ZvPen::Cap::Square ? PS_ENDCAP_SQUARE
                                                             : PS_ENDCAP_FLAT;
-    DWORD pattern[16];
+    DWORD pattern[kMostDashes];
     DWORD slots = 0;
     for (float length : m_penSpec.dashes)
-        if (slots < 16)
+        if (slots < kMostDashes)
             pattern[slots++] = DWORD(std::max(1L, std::lround(length)));
     const DWORD width = DWORD(std::max(1L, std::lround(m_penSpec.widthPx)));
     return ExtCreatePen(PS_GEOMETRIC | PS_JOIN_ROUND | cap | (slots ? PS_USERSTYLE : PS_SOLID), width, &ink,
@@ -73,21 +75,47 @@ void ZvGdiSurface::SetFill(const ZvFill& fill) {
     if (m_brush)
         DeleteObject(m_brush);
     m_brush = brush;
+    const POINT origin = ToPoint(fill.hatchOrigin);
+    SetBrushOrgEx(m_context, origin.x, origin.y, nullptr);
+}
+
+ZvSurfaceCut::Box ZvGdiSurface::Reach() const {
+    return ZvSurfaceCut::Around({0, 0, m_width, m_height}, kReach + m_penSpec.widthPx);
 }
 
 void ZvGdiSurface::Polyline(const Vec2f* points, size_t count, bool closed) {
+    if (!ZvSurfaceCut::IsNeeded(Reach(), points, count))
+        DrawLine(points, count, closed);
+    else
+        ZvSurfaceCut::Line(Reach(), points, count, closed, m_cut,
+                           [this](const Vec2f* part, size_t n) { DrawLine(part, n, false); });
+}
+
+void ZvGdiSurface::DrawLine(const Vec2f* points, size_t count, bool closed) {
     if (count == 0)
         return;
     m_points.clear();
     for (size_t i = 0; i < count; ++i)
         m_points.push_back(ToPoint(points[i]));
-    if (closed && count > 2)
+    if (count == 1 && m_penSpec.widthPx > 1) {
+        const LONG half = std::max(1L, std::lround(m_penSpec.widthPx / 2));
+        const POINT at = m_points[0];
+        const HGDIOBJ brush = CreateSolidBrush(ToRef(m_penSpec.argb));
+        const HGDIOBJ former = SelectObject(m_context, brush);
+        SelectObject(m_context, GetStockObject(NULL_PEN));
+        Ellipse(m_context, at.x - half, at.y - half, at.x + half + 1, at.y + half + 1);
+        SelectObject(m_context, former);
+        SelectObject(m_context, m_pen);
+        DeleteObject(brush);
+        return;
+    }
+    closed = closed && count > 2;
+    if (closed)
         m_points.push_back(m_points[0]);
     ::Polyline(m_context, m_points.data(), int(m_points.size()));
-    if (!closed || count <= 2) { // GDI leaves the last pixel of a line out
-        const POINT end = m_points.back();
-        if (m_penSpec.widthPx <= 1)
-            SetPixelV(m_context, end.x, end.y, ToRef(m_penSpec.argb));
+    if (!closed && m_penSpec.widthPx <= 1 && (count == 1 || m_penSpec.dashes.empty())) {
+        const POINT end = m_points.back(); // GDI leaves the last pixel of a line out
+        SetPixelV(m_context, end.x, end.y, ToRef(m_penSpec.argb));
     }
 }
 
@@ -95,11 +123,18 @@ void ZvGdiSurface::Polygon(const ZvSurfaceRing* rings, size_t count, bool outlin
     m_points.clear();
     m_counts.clear();
     for (size_t r = 0; r < count; ++r) {
-        if (rings[r].count < 2)
+        const Vec2f* points = rings[r].points;
+        size_t corners = rings[r].count;
+        if (ZvSurfaceCut::IsNeeded(Reach(), points, corners)) {
+            m_cut.clear();
+            corners = ZvSurfaceCut::Ring(Reach(), points, corners, m_cut);
+            points = m_cut.data();
+        }
+        if (corners < 2)
             continue;
-        m_counts.push_back(INT(rings[r].count));
-        for (size_t i = 0; i < rings[r].count; ++i)
-            m_points.push_back(ToPoint(rings[r].points[i]));
+        m_counts.push_back(INT(corners));
+        for (size_t i = 0; i < corners; ++i)
+            m_points.push_back(ToPoint(points[i]));
     }
     if (m_counts.empty())
         return;
@@ -109,7 +144,7 @@ void ZvGdiSurface::Polygon(const ZvSurfaceRing* rings, size_t count, bool outlin
 }
 
 bool ZvGdiSurface::Text(const ZvTextRun& run) {
-    if (!(run.heightPx > 0))
+    if (!(run.heightPx > 0) || !ZvSurfaceCut::IsInside(Reach(), run.baselineStart))
         return false;
     LOGFONTW spec{};
     spec.lfHeight = LONG(std::lround(run.heightPx)); // positive: cell height, ascent to descent
@@ -132,6 +167,8 @@ bool ZvGdiSurface::Text(const ZvTextRun& run) {
 bool ZvGdiSurface::Image(const uint32_t* pixels, int width, int height, Vec2f origin, Vec2f right,
                          Vec2f down) {
     if (!pixels || width <= 0 || height <= 0)
+        return false;
+    if (!ZvSurfaceCut::IsFinite(origin) || right.Cross(down) == 0)
         return false;
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof(info.bmiHeader);

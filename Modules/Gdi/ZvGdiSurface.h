@@ -1,9 +1,12 @@
 #pragma once
 #include "Zelvan/Ports/IZvSurface.h"
+#include "Zelvan/RenC/ZvSurfaceCut.h"
+#include <vector>
 #include <windows.h>
 
 /// A surface over a Windows device context: windows, printers, memory bitmaps. The context stays the caller's and must outlive the
-/// surface; its state is saved at construction and put back at the end. GDI has no alpha: colours are blended with nothing.
+/// surface; its state is saved at construction and put back at the end. GDI has no alpha: colours are blended with nothing. What
+/// reaches far out is cut near the surface's edges, because GDI counts in integers.
 class ZvGdiSurface : public IZvSurface {
 public:
     ZvGdiSurface(HDC context, int width, int height);
@@ -25,6 +28,8 @@ public:
 private:
     HPEN MakePen() const;
     void SelectAndDelete(HGDIOBJ fresh, HGDIOBJ& held);
+    void DrawLine(const Vec2f* points, size_t count, bool closed);
+    ZvSurfaceCut::Box Reach() const;
 
     HDC m_context;
     int m_width, m_height;
@@ -33,5 +38,6 @@ private:
     HGDIOBJ m_brush = nullptr; // ours, selected; null while the fill is none
     ZvPen m_penSpec;
     std::vector<POINT> m_points;
+    std::vector<Vec2f> m_cut;
     std::vector<INT> m_counts;
 };

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Fonts need a QGuiApplication. It lives until the program ends: Qt allows one, and tearing it down from a static is not safe.
+// Fonts need a QGuiApplication. It is never taken down: Qt allows one, and doing so while statics go is not safe.
 void EnsureQt() {
     if (QCoreApplication::instance())
         return;
@@ -22,7 +22,8 @@ void EnsureQt() {
     static int argc = 1;
     static char name[] = "zelvan";
     static char* argv[] = {name, nullptr};
-    static QGuiApplication app(argc, argv);
+    static const auto* const app = new QGuiApplication(argc, argv);
+    (void)app;
 }
 
 constexpr double kThinMm = 0.1; // thin lines on paper

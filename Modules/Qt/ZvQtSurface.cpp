@@ -5,15 +5,31 @@
 #include <QPainter>
 #include <QString>
 #include <QTransform>
+#include <algorithm>
 #include <cmath>
 
 namespace {
+
+constexpr float kReach = 8192; // pixels beyond the surface
+
 QString ToQt(const XStringW& text) {
     return QString::fromUtf16(text.Ptr(), qsizetype(text.Length()));
 }
 QPointF ToQt(Vec2f p) {
     return {p.x, p.y};
 }
+
+// Qt's patterns start with a dash, have an even number of lengths and count in widths of the pen.
+QList<qreal> DashPattern(const ZvPen& pen, double width) {
+    const double unit = width > 0 ? width : 1;
+    QList<qreal> pattern;
+    for (float length : pen.dashes)
+        pattern.push_back(std::max(length, 0.1f) / unit);
+    if (pattern.size() % 2)
+        pattern.push_back(0.001 / unit);
+    return pattern;
+}
+
 } // namespace
 
 ZvQtSurface::ZvQtSurface(QPainter& painter, int width, int height)
@@ -23,19 +39,16 @@ ZvQtSurface::ZvQtSurface(QPainter& painter, int width, int height)
 
 void ZvQtSurface::SetPen(const ZvPen& pen) {
     m_pen = QPen(QColor::fromRgba(pen.argb));
-    m_pen.setWidthF(pen.widthPx > 0 ? pen.widthPx : m_thinWidth);
+    const double least = m_thinWidth > 0 ? m_thinWidth : 1;
+    m_pen.setWidthF(pen.widthPx > least ? pen.widthPx : m_thinWidth);
     m_pen.setCapStyle(pen.cap == ZvPen::Cap::Round    ? Qt::RoundCap
                       : pen.cap == ZvPen::Cap::Square ? Qt::SquareCap
                                                       : Qt::FlatCap);
     m_pen.setJoinStyle(Qt::RoundJoin);
     if (!pen.dashes.empty()) {
-        const double unit = m_pen.widthF() > 0 ? m_pen.widthF() : 1;
-        QList<qreal> pattern;
-        for (float length : pen.dashes)
-            pattern.push_back(std::max(length, 0.1f) / unit);
-        if (pattern.size() % 2)
-            pattern += QList<qreal>(pattern);
-        m_pen.setDashPattern(pattern);
+        m_pen.setDashPattern(DashPattern(pen, m_pen.widthF()));
+        if (std::find(pen.dashes.begin(), pen.dashes.end(), 0.0f) != pen.dashes.end())
+            m_pen.setCapStyle(Qt::RoundCap); // dots
     }
 }
 
@@ -44,15 +57,31 @@ void ZvQtSurface::SetFill(const ZvFill& fill) {
     m_brush = fill.kind == ZvFill::Kind::Solid ? QBrush(QColor::fromRgba(fill.argb)) : QBrush(Qt::NoBrush);
 }
 
+ZvSurfaceCut::Box ZvQtSurface::Reach() const {
+    return ZvSurfaceCut::Around({0, 0, m_width, m_height}, kReach + float(m_pen.widthF()));
+}
+
 void ZvQtSurface::Polyline(const Vec2f* points, size_t count, bool closed) {
     if (count == 0)
         return;
-    m_painter.setPen(m_pen);
+    if (ZvSurfaceCut::IsNeeded(Reach(), points, count)) {
+        ZvSurfaceCut::Line(Reach(), points, count, closed, m_cut,
+                           [this](const Vec2f* part, size_t n) { DrawLine(part, n, false); });
+        return;
+    }
+    DrawLine(points, count, closed);
+}
+
+void ZvQtSurface::DrawLine(const Vec2f* points, size_t count, bool closed) {
     m_painter.setBrush(Qt::NoBrush);
-    if (count == 1) {
+    if (count == 1) { // flat ends would leave nothing of it, and so would dashes
+        QPen dot(m_pen.color(), m_pen.widthF(), Qt::SolidLine,
+                 m_pen.capStyle() == Qt::SquareCap ? Qt::SquareCap : Qt::RoundCap);
+        m_painter.setPen(dot);
         m_painter.drawPoint(ToQt(points[0]));
         return;
     }
+    m_painter.setPen(m_pen);
     m_points.resize(count);
     for (size_t i = 0; i < count; ++i)
         m_points[i] = ToQt(points[i]);
@@ -66,9 +95,17 @@ void ZvQtSurface::Polygon(const ZvSurfaceRing* rings, size_t count, bool outline
     QPainterPath path;
     path.setFillRule(Qt::OddEvenFill);
     for (size_t r = 0; r < count; ++r) {
-        for (size_t i = 0; i < rings[r].count; ++i)
-            i ? path.lineTo(ToQt(rings[r].points[i])) : path.moveTo(ToQt(rings[r].points[i]));
-        path.closeSubpath();
+        const Vec2f* points = rings[r].points;
+        size_t corners = rings[r].count;
+        if (ZvSurfaceCut::IsNeeded(Reach(), points, corners)) {
+            m_cut.clear();
+            corners = ZvSurfaceCut::Ring(Reach(), points, corners, m_cut);
+            points = m_cut.data();
+        }
+        for (size_t i = 0; i < corners; ++i)
+            i ? path.lineTo(ToQt(points[i])) : path.moveTo(ToQt(points[i]));
+        if (corners)
+            path.closeSubpath();
     }
     if (m_fill.kind == ZvFill::Kind::Hatch || m_fill.kind == ZvFill::Kind::CrossHatch)
         DrawHatch(path);
@@ -79,16 +116,18 @@ void ZvQtSurface::Polygon(const ZvSurfaceRing* rings, size_t count, bool outline
 
 // Hatch lines as real lines cut to the area, so that PDF and SVG keep them sharp.
 void ZvQtSurface::DrawHatch(const QPainterPath& area) {
-    const QRectF box = area.boundingRect();
+    const QRectF box = area.boundingRect() & QRectF(0, 0, m_width, m_height);
+    if (box.isEmpty())
+        return;
     const double radius = std::hypot(box.width(), box.height()) / 2;
-    const double spacing = std::max(m_fill.hatchSpacingPx, 2.0f);
+    const double spacing = std::max(m_fill.hatchSpacingPx, ZvFill::kLeastSpacing);
     m_painter.save();
     m_painter.setClipPath(area, Qt::IntersectClip);
     m_painter.setPen(QPen(QColor::fromRgba(m_fill.argb), m_thinWidth));
     for (int pass = 0; pass < (m_fill.kind == ZvFill::Kind::CrossHatch ? 2 : 1); ++pass) {
         const double angle = m_fill.hatchAngle + pass * 1.5707963267948966;
         const QPointF along(std::cos(angle), -std::sin(angle)), across(std::sin(angle), std::cos(angle));
-        const double at = QPointF::dotProduct(box.center(), across);
+        const double at = QPointF::dotProduct(box.center() - ToQt(m_fill.hatchOrigin), across);
         for (double d = std::ceil((at - radius) / spacing) * spacing; d <= at + radius; d += spacing) {
             const QPointF middle = box.center() + across * (d - at);
             m_painter.drawLine(middle - along * radius, middle + along * radius);
