@@ -132,6 +132,8 @@ public:
     int32_t DebugGetNodeId() const { return m_nodeId; }
     const ZvBounds3D& Box() const { return m_box; }
     int32_t ChangeCounter() const { return m_changeCounter; }
+    /// In whose steps the boxes of the list are; of no meaning while that is empty.
+    ZvNodeGrid Grid() const { return m_list.HasNoBlock() ? ZvNodeGrid() : m_list.Grid(); }
 
     // --- the node's own list, without the rest of the tree -------------------------------------------------------------------
     void DataAdd(ZvEntity* entity);

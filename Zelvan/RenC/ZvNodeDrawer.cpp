@@ -93,8 +93,8 @@ bool ZvNodeDrawer::Run(const ZvNodeRun& run) {
     const ZvBounds2D& w = m_context.CullWindow();
     const Steps window(grid.Pack(w.minX, w.minY, w.maxX, w.maxY));
     const double pixel = m_context.WorldPerPixel();
-    const uint32_t dotWidth = m_dots ? StepsInPixel(pixel, grid.scaleX) : 0;
-    const uint32_t dotHeight = m_dots ? StepsInPixel(pixel, grid.scaleY) : 0;
+    const uint32_t dotWidth = m_dots ? StepsInPixel(pixel, double(grid.scaleX)) : 0;
+    const uint32_t dotHeight = m_dots ? StepsInPixel(pixel, double(grid.scaleY)) : 0;
     const size_t count = run.entities.size();
     for (size_t i = 0; i < std::min(count, kPrefetch); ++i)
         Prefetch(run.entities[i]);
@@ -115,8 +115,8 @@ bool ZvNodeDrawer::Run(const ZvNodeRun& run) {
             DrawOne(entity);
         else if (++m_context.stats.entitiesDrawn; m_context.UsePen(*dot))
             m_context.Dot(
-                (*m_context.PlanMap())(grid.originX + (box.minX - 1 + box.maxX) * 0.5 / grid.scaleX,
-                                       grid.originY + (box.minY - 1 + box.maxY) * 0.5 / grid.scaleY));
+                (*m_context.PlanMap())(grid.originX + (box.minX - 1 + box.maxX) * 0.5 / double(grid.scaleX),
+                                       grid.originY + (box.minY - 1 + box.maxY) * 0.5 / double(grid.scaleY)));
     }
     m_context.Flush();
     return GoesOn();

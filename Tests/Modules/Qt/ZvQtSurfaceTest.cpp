@@ -1,4 +1,3 @@
-#include "Modules/Qt/ZvQtSurface.h"
 #include "Modules/Qt/ZvQtDocument.h"
 #include "Zelvan/RenC/ZvRasterSurface.h"
 #include <cmath>
@@ -61,7 +60,8 @@ ZvFill Fill(ZvFill::Kind kind) {
     return fill;
 }
 
-const std::vector<Vec2f> kStar{{10, 60}, {60, 50}, {70, 10}, {80, 55}, {110, 70}, {75, 80}, {60, 110}, {50, 75}};
+const std::vector<Vec2f> kStar{{10, 60},  {60, 50}, {70, 10},  {80, 55},
+                               {110, 70}, {75, 80}, {60, 110}, {50, 75}};
 const std::vector<Vec2f> kHole{{55, 60}, {70, 60}, {65, 72}};
 
 TEST(ZvQtSurface, PaintsWhatTheRasterSurfacePaints) {
@@ -73,21 +73,79 @@ TEST(ZvQtSurface, PaintsWhatTheRasterSurfacePaints) {
     };
     const Case cases[] = {
         {"thin lines", [](IZvSurface& s) { s.SetPen({}), Polyline(s, kStar, true); }, 4},
-        {"wide line", [](IZvSurface& s) { s.SetPen(Pen(7, ZvPen::Cap::Round)), Polyline(s, {{20, 30}, {90, 40}, {30, 90}}); }, 4},
-        {"square ends", [](IZvSurface& s) { s.SetPen(Pen(9, ZvPen::Cap::Square)), Polyline(s, {{30, 30}, {90, 90}}); }, 4},
-        {"thin dashes", [](IZvSurface& s) { s.SetPen(Pen(0, ZvPen::Cap::Flat, {9, 5})), Polyline(s, {{10.5f, 10.5f}, {100.5f, 10.5f}}); }, 3},
-        {"wide dashes", [](IZvSurface& s) { s.SetPen(Pen(4, ZvPen::Cap::Flat, {10, 4, 3, 4})), Polyline(s, {{10, 60}, {110, 60}}); }, 3},
-        {"odd dashes", [](IZvSurface& s) { s.SetPen(Pen(4, ZvPen::Cap::Flat, {6, 8, 6})), Polyline(s, {{10, 60}, {110, 60}}); }, 3},
-        {"dots", [](IZvSurface& s) { s.SetPen(Pen(0)), Polyline(s, {{20.5f, 20.5f}}), s.SetPen(Pen(8)), Polyline(s, {{60, 60}}); }, 3},
-        {"fill with a hole", [](IZvSurface& s) { s.SetFill(Fill(ZvFill::Kind::Solid)), Polygon(s, {kStar, kHole}); }, 2},
-        {"fill and outline", [](IZvSurface& s) { s.SetFill(Fill(ZvFill::Kind::None)), s.SetPen(Pen(3)), Polygon(s, {kStar, kHole}, true); }, 6},
-        {"hatch", [](IZvSurface& s) { s.SetFill(Fill(ZvFill::Kind::Hatch)), Polygon(s, {kStar, kHole}); }, 4},
-        {"cross hatch", [](IZvSurface& s) { s.SetFill(Fill(ZvFill::Kind::CrossHatch)), Polygon(s, {kStar}); }, 7},
-        {"far line", [=](IZvSurface& s) { s.SetPen(Pen(5)), Polyline(s, {{-far, 60 - far / 2}, {far, 60 + far / 2}}); }, 4},
-        {"far polygon", [=](IZvSurface& s) { s.SetFill(Fill(ZvFill::Kind::Solid)), Polygon(s, {{{60, 20}, {far, far}, {-far, far}}}); }, 3},
-        {"far hatch", [=](IZvSurface& s) { s.SetFill(Fill(ZvFill::Kind::Hatch)), Polygon(s, {{{60, 20}, {far, far}, {-far, far}}}); }, 4},
-        {"not finite", [=](IZvSurface& s) { s.SetPen(Pen(3)), Polyline(s, {{10, 20}, {50, 20}, {inf, 0}, {60, 90}, {100, 90}}); }, 3},
-        {"clips", [](IZvSurface& s) { s.PushClip({20, 20, 90, 90}), s.PushClip({40, 0, 120, 70}), s.SetFill(Fill(ZvFill::Kind::Solid)), Polygon(s, {kStar}), s.PopClip(), s.PopClip(), Polygon(s, {kHole}); }, 3},
+        {"wide line",
+         [](IZvSurface& s) {
+             s.SetPen(Pen(7, ZvPen::Cap::Round)), Polyline(s, {{20, 30}, {90, 40}, {30, 90}});
+         },
+         4},
+        {"square ends",
+         [](IZvSurface& s) {
+             s.SetPen(Pen(9, ZvPen::Cap::Square)), Polyline(s, {{30, 30}, {90, 90}});
+         },
+         4},
+        {"thin dashes",
+         [](IZvSurface& s) {
+             s.SetPen(Pen(0, ZvPen::Cap::Flat, {9, 5})), Polyline(s, {{10.5f, 10.5f}, {100.5f, 10.5f}});
+         },
+         3},
+        {"wide dashes",
+         [](IZvSurface& s) {
+             s.SetPen(Pen(4, ZvPen::Cap::Flat, {10, 4, 3, 4})), Polyline(s, {{10, 60}, {110, 60}});
+         },
+         3},
+        {"odd dashes",
+         [](IZvSurface& s) {
+             s.SetPen(Pen(4, ZvPen::Cap::Flat, {6, 8, 6})), Polyline(s, {{10, 60}, {110, 60}});
+         },
+         3},
+        {"dots",
+         [](IZvSurface& s) {
+             s.SetPen(Pen(0)), Polyline(s, {{20.5f, 20.5f}}), s.SetPen(Pen(8)), Polyline(s, {{60, 60}});
+         },
+         3},
+        {"fill with a hole",
+         [](IZvSurface& s) {
+             s.SetFill(Fill(ZvFill::Kind::Solid)), Polygon(s, {kStar, kHole});
+         },
+         2},
+        {"fill and outline",
+         [](IZvSurface& s) {
+             s.SetFill(Fill(ZvFill::Kind::None)), s.SetPen(Pen(3)), Polygon(s, {kStar, kHole}, true);
+         },
+         6},
+        {"hatch",
+         [](IZvSurface& s) {
+             s.SetFill(Fill(ZvFill::Kind::Hatch)), Polygon(s, {kStar, kHole});
+         },
+         4},
+        {"cross hatch", [](IZvSurface& s) { s.SetFill(Fill(ZvFill::Kind::CrossHatch)), Polygon(s, {kStar}); },
+         7},
+        {"far line",
+         [=](IZvSurface& s) {
+             s.SetPen(Pen(5)), Polyline(s, {{-far, 60 - far / 2}, {far, 60 + far / 2}});
+         },
+         4},
+        {"far polygon",
+         [=](IZvSurface& s) {
+             s.SetFill(Fill(ZvFill::Kind::Solid)), Polygon(s, {{{60, 20}, {far, far}, {-far, far}}});
+         },
+         3},
+        {"far hatch",
+         [=](IZvSurface& s) {
+             s.SetFill(Fill(ZvFill::Kind::Hatch)), Polygon(s, {{{60, 20}, {far, far}, {-far, far}}});
+         },
+         4},
+        {"not finite",
+         [=](IZvSurface& s) {
+             s.SetPen(Pen(3)), Polyline(s, {{10, 20}, {50, 20}, {inf, 0}, {60, 90}, {100, 90}});
+         },
+         3},
+        {"clips",
+         [](IZvSurface& s) {
+             s.PushClip({20, 20, 90, 90}), s.PushClip({40, 0, 120, 70}), s.SetFill(Fill(ZvFill::Kind::Solid)),
+                 Polygon(s, {kStar}), s.PopClip(), s.PopClip(), Polygon(s, {kHole});
+         },
+         3},
     };
     for (const Case& c : cases) {
         const ZvPixelBuffer qt = ByQt(c.scene), ours = ByUs(c.scene);
