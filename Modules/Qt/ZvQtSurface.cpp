@@ -114,7 +114,8 @@ void ZvQtSurface::Polygon(const ZvSurfaceRing* rings, size_t count, bool outline
     m_painter.drawPath(path);
 }
 
-// Hatch lines as real lines cut to the area, so that PDF and SVG keep them sharp.
+// Hatch lines as real lines cut to the area, so that PDF and SVG keep them sharp. Qt paints slanted lines of one pixel
+// with less than a pixel across them; those that are just wider it paints exactly.
 void ZvQtSurface::DrawHatch(const QPainterPath& area) {
     const QRectF box = area.boundingRect() & QRectF(0, 0, m_width, m_height);
     if (box.isEmpty())
@@ -123,7 +124,7 @@ void ZvQtSurface::DrawHatch(const QPainterPath& area) {
     const double spacing = std::max(m_fill.hatchSpacingPx, ZvFill::kLeastSpacing);
     m_painter.save();
     m_painter.setClipPath(area, Qt::IntersectClip);
-    m_painter.setPen(QPen(QColor::fromRgba(m_fill.argb), m_thinWidth));
+    m_painter.setPen(QPen(QColor::fromRgba(m_fill.argb), m_thinWidth * 1.01));
     for (int pass = 0; pass < (m_fill.kind == ZvFill::Kind::CrossHatch ? 2 : 1); ++pass) {
         const double angle = m_fill.hatchAngle + pass * 1.5707963267948966;
         const QPointF along(std::cos(angle), -std::sin(angle)), across(std::sin(angle), std::cos(angle));

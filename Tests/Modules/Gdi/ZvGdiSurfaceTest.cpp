@@ -76,7 +76,7 @@ const std::vector<Vec2f> kStar{{10, 60},  {60, 50}, {70, 10},  {80, 55},
 const std::vector<Vec2f> kHole{{55, 60}, {70, 60}, {65, 72}};
 
 TEST(ZvGdiSurface, PaintsWhatTheRasterSurfacePaints) {
-    const float far = 3e8f, inf = std::numeric_limits<float>::infinity();
+    const float distant = 3e8f, inf = std::numeric_limits<float>::infinity();
     struct Case {
         const char* name;
         Scene scene;
@@ -114,14 +114,14 @@ TEST(ZvGdiSurface, PaintsWhatTheRasterSurfacePaints) {
              s.SetFill({}), s.SetPen({}), Polygon(s, {kStar, kHole}, true);
          },
          6},
-        {"far line",
+        {"distant line",
          [=](IZvSurface& s) {
-             s.SetPen({}), Polyline(s, {{-far, 60 - far / 2}, {far, 60 + far / 2}});
+             s.SetPen({}), Polyline(s, {{-distant, 60 - distant / 2}, {distant, 60 + distant / 2}});
          },
          3},
-        {"far polygon",
+        {"distant polygon",
          [=](IZvSurface& s) {
-             s.SetFill(Solid()), Polygon(s, {{{60, 20}, {far, far}, {-far, far}}});
+             s.SetFill(Solid()), Polygon(s, {{{60, 20}, {distant, distant}, {-distant, distant}}});
          },
          12},
         {"not finite",

@@ -38,7 +38,7 @@ TEST(ZvPreviewPainter, SavedFilesCarryAPictureOfWhatIsVisible) {
         ASSERT_EQ(ZvNativeFile::GetPreviewBitmap(&file, nullptr, bitmap), wanted);
         if (!wanted)
             continue;
-        ASSERT_EQ(bitmap.width, ZvPreviewBitmap::kSide);
+        ASSERT_EQ(bitmap.width, int(ZvPreviewBitmap::kSide));
         const auto at = [&](int x, int y) { return bitmap.pixels[size_t(y * bitmap.width + x)]; };
         EXPECT_EQ(at(70, 180), 0xFF0000u);
         EXPECT_EQ(at(180, 70), 0x0000FFu);
