@@ -124,7 +124,7 @@ void ZvQtSurface::DrawHatch(const QPainterPath& area) {
     const double spacing = std::max(m_fill.hatchSpacingPx, ZvFill::kLeastSpacing);
     m_painter.save();
     m_painter.setClipPath(area, Qt::IntersectClip);
-    m_painter.setPen(QPen(QColor::fromRgba(m_fill.argb), m_thinWidth * 1.01));
+    m_painter.setPen(QPen(QColor::fromRgba(m_fill.argb), (m_thinWidth > 0 ? m_thinWidth : 1) * 1.01));
     for (int pass = 0; pass < (m_fill.kind == ZvFill::Kind::CrossHatch ? 2 : 1); ++pass) {
         const double angle = m_fill.hatchAngle + pass * 1.5707963267948966;
         const QPointF along(std::cos(angle), -std::sin(angle)), across(std::sin(angle), std::cos(angle));
