@@ -166,8 +166,8 @@ TEST_F(Zvd, PathsMayBeInAnyScript) {
 
 TEST_F(Zvd, InterruptedWorkLeavesTheTargetAsItWas) {
     WriteFile(In("target.zvd"), "precious");
-    const ZvdRun run =
-        RunZvd(m_folder.Path(), "bench-data " + Q("target.zvd") + " --lines 20000000", "timeout -s INT 0.5");
+    const ZvdRun run = RunZvd(m_folder.Path(), "bench-data " + Q("target.zvd") + " --lines 20000000",
+                              "timeout --foreground -s INT 0.5");
     EXPECT_TRUE(run.code == 130 || run.code == 124) << run.code; // the time limit's own code, or ours
     EXPECT_NE(run.err.find("interrupted"), std::string::npos) << run.err;
     EXPECT_EQ(ReadFile(In("target.zvd")), "precious");
