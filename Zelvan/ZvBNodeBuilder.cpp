@@ -41,12 +41,16 @@ double StepsPerUnit(double extent) {
 struct ZvBNodeBuilder::Upper {
     int levels; ///< below the root
     std::vector<ZvBNode::Cut> cuts;
-    std::vector<uint32_t> rank;   ///< place of a node in the walk
-    std::vector<uint32_t> start;  ///< first source, by rank; one more at the end
-    std::vector<uint32_t> number; ///< of each sorted source in the input
+    std::vector<uint32_t> rank;  ///< place of a node in the walk
+    std::vector<uint32_t> start; ///< first source, by rank; one more at the end
+    // At most one of these is filled; neither when the input is in that order.
+    std::vector<uint32_t> at;     ///< where the sorted source stands: sources stayed where they were
+    std::vector<uint32_t> number; ///< of each sorted source in the input: sources were moved
+
+    std::vector<ZvBounds3D> boxes;
 
     Upper(const ZvBounds3D& root, int levelCount) : levels(levelCount), rank(size_t(2) << levels) {
-        std::vector<ZvBounds3D> boxes(rank.size());
+        boxes.resize(rank.size());
         boxes[1] = root;
         cuts.assign(size_t(1) << levels, ZvBNode::Cut(root));
         for (uint32_t id = 1; id < cuts.size(); ++id) {
@@ -59,8 +63,14 @@ struct ZvBNodeBuilder::Upper {
     }
     /// Nodes in the branch of a node, itself included.
     uint32_t NodesBelow(int level) const { return (2u << (levels - level)) - 1; }
-    /// The node of the upper levels that holds the box: as far down as it goes.
-    uint32_t Find(const double (&side)[4]) const {
+    uint32_t Place(uint32_t index) const { return at.empty() ? index : at[index]; }
+    bool ComesBefore(uint32_t a, uint32_t b) const { return number.empty() ? a < b : number[a] < number[b]; }
+    /// The node of the upper levels that holds the box: as far down as it goes. `guess` is tried first.
+    uint32_t Find(const double (&side)[4], uint32_t guess) const {
+        const ZvBounds3D& box = boxes[guess];
+        if (guess >= cuts.size() && bool(int(side[0] > box.minX) & int(side[1] > box.minY) &
+                                         int(side[2] < box.maxX) & int(side[3] < box.maxY)))
+            return guess;
         // Which way it goes is not predictable, that it goes down is: so nothing branches until the end.
         uint32_t id = 1;
         bool fits = true;
@@ -125,27 +135,43 @@ void ZvBNodeBuilder::Place(ZvBNode& root) {
         return;
     }
     Upper upper(root.m_box, std::min(int(std::bit_width(m_count / kPiece)), kMostLevels));
-    if (SortByUpperNodes(upper))
-        PlaceUpper(root, upper, 1, 0);
-    else
-        PlaceRange(root, 0, uint32_t(m_count), nullptr);
+    SortByUpperNodes(upper);
+    PlaceUpper(root, upper, 1, 0);
 }
 
-bool ZvBNodeBuilder::SortByUpperNodes(Upper& upper) {
-    // Neighbours in the input that are neighbours in the tree: nothing to gain by sorting.
-    constexpr size_t kCoherent = 8;
+void ZvBNodeBuilder::SortByUpperNodes(Upper& upper) {
     std::vector<uint16_t> rank(m_count);
     upper.start.assign(upper.rank.size(), 0);
     size_t jumps = 0;
+    bool inOrder = true;
+    uint32_t id = 1;
     for (size_t i = 0; i < m_count; ++i) {
-        rank[i] = uint16_t(upper.rank[upper.Find(m_sources[i].side)]);
+        id = upper.Find(m_sources[i].side, id);
+        rank[i] = uint16_t(upper.rank[id]);
         ++upper.start[rank[i] + 1u];
         jumps += i > 0 && rank[i] != rank[i - 1];
+        inOrder = inOrder && (i == 0 || rank[i] >= rank[i - 1]);
     }
-    if (jumps < m_count / kCoherent)
-        return false;
     for (size_t i = 1; i < upper.start.size(); ++i)
         upper.start[i] += upper.start[i - 1];
+    if (inOrder)
+        return;
+    // Where neighbours in the input are mostly neighbours in the tree, they can stay where they are.
+    constexpr size_t kCoherent = 8;
+    if (jumps < m_count / kCoherent)
+        NumberByRank(upper, rank);
+    else
+        MoveByRank(upper, rank);
+}
+
+void ZvBNodeBuilder::NumberByRank(Upper& upper, const std::vector<uint16_t>& rank) {
+    std::vector<uint32_t> next(upper.start);
+    upper.at.resize(m_count);
+    for (uint32_t i = 0; i < m_count; ++i)
+        upper.at[next[rank[i]]++] = i;
+}
+
+void ZvBNodeBuilder::MoveByRank(Upper& upper, const std::vector<uint16_t>& rank) {
     std::vector<uint32_t> next(upper.start);
     std::unique_ptr<Source[]> sorted(new Source[m_count]);
     std::vector<Vec2d> heights(m_heights.size());
@@ -159,7 +185,6 @@ bool ZvBNodeBuilder::SortByUpperNodes(Upper& upper) {
     }
     m_sources = std::move(sorted);
     m_heights = std::move(heights);
-    return true;
 }
 
 void ZvBNodeBuilder::PlaceUpper(ZvBNode& node, const Upper& upper, uint32_t id, int level) {
@@ -168,7 +193,7 @@ void ZvBNodeBuilder::PlaceUpper(ZvBNode& node, const Upper& upper, uint32_t id, 
     const uint32_t ownEnd = upper.start[rank + 1];
     constexpr uint32_t kWorthSplitting = 2048;
     const bool large = end - begin > kWorthSplitting && node.MaySplit(end - begin - 1);
-    if (level == upper.levels || !(node.m_children || (large && !AllEqual(begin, end))))
+    if (level == upper.levels || !(node.m_children || (large && !AllEqual(begin, end, upper))))
         return PlaceRange(node, begin, end, &upper);
     if (!node.m_children) {
         if (node.m_list.IsEmpty())
@@ -185,10 +210,12 @@ void ZvBNodeBuilder::PlaceUpper(ZvBNode& node, const Upper& upper, uint32_t id, 
     node.ExtendByChild(child[1]);
 }
 
-bool ZvBNodeBuilder::AllEqual(uint32_t begin, uint32_t end) const {
-    const ZvBounds2D first = m_sources[begin].Box();
-    return std::all_of(&m_sources[begin], &m_sources[0] + end,
-                       [&](const Source& source) { return source.Box() == first; });
+bool ZvBNodeBuilder::AllEqual(uint32_t begin, uint32_t end, const Upper& upper) const {
+    const ZvBounds2D first = m_sources[upper.Place(begin)].Box();
+    for (uint32_t i = begin + 1; i < end; ++i)
+        if (!(m_sources[upper.Place(i)].Box() == first))
+            return false;
+    return true;
 }
 
 void ZvBNodeBuilder::PlaceRange(ZvBNode& node, uint32_t begin, uint32_t end, const Upper* upper) {
@@ -199,11 +226,12 @@ void ZvBNodeBuilder::PlaceRange(ZvBNode& node, uint32_t begin, uint32_t end, con
         m_room = count;
     }
     for (size_t i = 0; i < count; ++i) {
-        const double(&side)[4] = m_sources[begin + i].side;
-        m_items[i] = {{StepX(side[0]), StepY(side[1]), StepX(side[2]), StepY(side[3])}, uint32_t(begin + i)};
+        const uint32_t source = upper ? upper->Place(begin + uint32_t(i)) : begin + uint32_t(i);
+        const double(&side)[4] = m_sources[source].side;
+        m_items[i] = {{StepX(side[0]), StepY(side[1]), StepX(side[2]), StepY(side[3])}, source};
     }
     const auto inputOrder = [upper](const Item& a, const Item& b) {
-        return upper->number[a.source] < upper->number[b.source];
+        return upper->ComesBefore(a.source, b.source);
     };
     if (upper && !std::is_sorted(&m_items[0], &m_items[0] + count, inputOrder))
         std::sort(&m_items[0], &m_items[0] + count, inputOrder);

@@ -41,13 +41,14 @@ private:
     uint32_t StepX(double x) const { return uint32_t(int64_t((x - m_origin.x) * m_steps.x)); }
     uint32_t StepY(double y) const { return uint32_t(int64_t((y - m_origin.y) * m_steps.y)); }
     ZvBounds3D BoundsOf(uint32_t source) const;
-    /// False when the input is in such an order already that it is not worth the while.
-    bool SortByUpperNodes(Upper& upper);
+    void SortByUpperNodes(Upper& upper);
+    void NumberByRank(Upper& upper, const std::vector<uint16_t>& rank);
+    void MoveByRank(Upper& upper, const std::vector<uint16_t>& rank);
     void PlaceUpper(ZvBNode& node, const Upper& upper, uint32_t id, int level);
     /// Sources [begin, end), in input order after `upper` mixed them.
     void PlaceRange(ZvBNode& node, uint32_t begin, uint32_t end, const Upper* upper);
     void PlaceItems(ZvBNode& node, Item* items, size_t count, Item* scratch);
-    bool AllEqual(uint32_t begin, uint32_t end) const;
+    bool AllEqual(uint32_t begin, uint32_t end, const Upper& upper) const;
     bool StaysLeaf(const ZvBNode& node, const Item* items, size_t count) const;
     void Append(ZvBNode& node, const Item* items, size_t count) const;
     void Fetch(const Item* items, size_t count) const;
