@@ -1,6 +1,10 @@
 #include "ZvCore/SlabPool.h"
+#include "ZvCore/Platform/Platform.h"
+#include <algorithm>
 #include <cstdint>
 #include <new>
+#include <unordered_map>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZV_POOL_OFF
@@ -44,6 +48,66 @@ struct alignas(64) Slab {
     uint32_t live = 0;           ///< objects in use
     bool isListed = false;
 };
+
+/// Memory for slabs: the first from the general heap, those of programs that need many from large pages. Such a page goes back
+/// when none of its slabs is in use.
+class SlabSource {
+public:
+    void* Take() {
+        if (m_free.empty() && (m_plain < kPlain || !MapPage())) {
+            void* slab = ::operator new(SlabPool::kSlab, std::align_val_t(SlabPool::kSlab));
+            ++m_plain;
+            return slab;
+        }
+        void* slab = m_free.back();
+        m_free.pop_back();
+        ++m_used[PageOf(slab)];
+        return slab;
+    }
+
+    void Give(void* slab) noexcept {
+        const auto page = m_used.find(PageOf(slab));
+        if (page == m_used.end()) {
+            --m_plain;
+            return ::operator delete(slab, std::align_val_t(SlabPool::kSlab));
+        }
+        m_free.push_back(slab); // there is room: it came from here
+        if (--page->second > 0)
+            return;
+        std::erase_if(m_free, [&](void* free) { return PageOf(free) == page->first; });
+        ZvPlatform::UnmapPages(page->first, ZvPlatform::kLargePage);
+        m_used.erase(page);
+    }
+
+private:
+    static constexpr size_t kPlain = 32;
+    static void* PageOf(void* slab) {
+        return reinterpret_cast<void*>(reinterpret_cast<uintptr_t>(slab) &
+                                       ~uintptr_t(ZvPlatform::kLargePage - 1));
+    }
+
+    bool MapPage() {
+        m_free.reserve((m_used.size() + 1) * kSlabsInPage);
+        void* page = ZvPlatform::MapPages(ZvPlatform::kLargePage);
+        if (!page)
+            return false;
+        m_used[page] = 0;
+        for (size_t i = kSlabsInPage; i-- > 0;)
+            m_free.push_back(static_cast<char*>(page) + i * SlabPool::kSlab);
+        return true;
+    }
+
+    static constexpr size_t kSlabsInPage = ZvPlatform::kLargePage / SlabPool::kSlab;
+    std::vector<void*> m_free;             ///< slabs of large pages that are not in use
+    std::unordered_map<void*, int> m_used; ///< slabs in use by large page
+    size_t m_plain = 0;
+};
+
+/// Never destroyed, as the classes below.
+SlabSource& Source() {
+    static auto* source = new SlabSource;
+    return *source;
+}
 
 /// Objects of one size. Slabs with room are listed; the first of them serves.
 class SizeClass {
@@ -91,8 +155,7 @@ private:
             List(slab);
             return slab;
         }
-        void* memory = ::operator new(SlabPool::kSlab, std::align_val_t(SlabPool::kSlab));
-        auto* slab = new (memory) Slab;
+        auto* slab = new (Source().Take()) Slab;
         slab->fresh = sizeof(Slab);
         ++m_slabs;
         List(slab);
@@ -109,7 +172,7 @@ private:
             return;
         }
         --m_slabs;
-        ::operator delete(slab, std::align_val_t(SlabPool::kSlab));
+        Source().Give(slab);
     }
 
     void List(Slab* slab) {

@@ -1,3 +1,4 @@
+#include "ZvCore/Platform/Platform.h"
 #include "ZvCore/SlabPool.h"
 #include "ZvCore/TrivialHeap.h"
 #include "ZvCore/ZvcDumbHeap.h"
@@ -95,4 +96,29 @@ TEST(SlabPool, ObjectsOfAllSizesStayApartWhileOthersComeAndGo) {
     EXPECT_LE(SlabPool::GetUsage().reservedBytes, 32 * SlabPool::kSlab)
         << "empty slabs go back, but for one a class";
     SlabPool::Free(nullptr, 16);
+}
+
+TEST(Heaps, LargeOnesTakeLargePagesAndGiveThemBack) {
+    const size_t before = ZvPlatform::MappedBytes();
+    {
+        ZvcDumbHeap heap;
+        for (int i = 0; i < 200'000; ++i)
+            std::memset(heap.Alloc(100), i, 100);
+        EXPECT_GT(ZvPlatform::MappedBytes(), before);
+        EXPECT_LT(heap.MemUsage(), size_t(25) << 20);
+    }
+    EXPECT_EQ(ZvPlatform::MappedBytes(), before);
+    std::vector<char*> objects;
+    for (int i = 0; i < 60'000; ++i) {
+        objects.push_back(static_cast<char*>(SlabPool::Alloc(400)));
+        std::memset(objects.back(), i % 100, 400);
+    }
+    if (SlabPool::GetUsage().objects > 0) {
+        EXPECT_GT(ZvPlatform::MappedBytes(), before);
+    }
+    for (size_t i = 0; i < objects.size(); ++i) {
+        ASSERT_EQ(std::string(objects[i], 400), std::string(400, char(i % 100)));
+        SlabPool::Free(objects[i], 400);
+    }
+    EXPECT_LE(ZvPlatform::MappedBytes(), before + ZvPlatform::kLargePage) << "an empty slab is kept";
 }

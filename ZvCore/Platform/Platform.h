@@ -31,6 +31,15 @@ ZV_API bool IsProcessAlive(uint64_t id);
 ZV_API uint64_t ResidentBytes();
 ZV_API uint64_t PeakResidentBytes();
 
+// Memory straight from the system for large arenas, whole multiples of kLargePage and aligned to it, so that the
+// system can serve it in large pages: fewer faults while it fills, fewer misses afterwards.
+constexpr size_t kLargePage = size_t(2) << 20;
+/// Zeroed; null when there is none.
+ZV_API void* MapPages(size_t bytes) noexcept;
+ZV_API void UnmapPages(void* pages, size_t bytes) noexcept;
+/// What is mapped now; the general heap does not count it.
+ZV_API size_t MappedBytes() noexcept;
+
 // File operations that survive a power cut as far as the system allows. All return an empty string on success,
 // else the system's reason in words.
 
