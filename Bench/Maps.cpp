@@ -71,18 +71,24 @@ BenchMaps& BenchMaps::Get() {
 BenchMaps::BenchMaps() {
     m_folder = fs::temp_directory_path() / ("zelvan-bench-" + Guid::New().ToString().ToUtf8().substr(0, 8));
     fs::create_directories(m_folder);
-    m_synth.name = "synth";
-    m_synth.drawing = std::make_unique<ZvDrawing>();
-    ZvCore::NoProgress progress;
-    SyntheticMap map;
-    if (const char* lines = std::getenv("ZELVAN_BENCH_LINES"))
-        map.lines = std::strtoull(lines, nullptr, 10);
-    map.Fill(*m_synth.drawing, progress);
-    CountContent(m_synth);
+    const char* lines = std::getenv("ZELVAN_BENCH_LINES");
+    MakeUp(m_synth, "synth", lines ? std::strtoull(lines, nullptr, 10) : 1'000'000, 10);
+    MakeUp(m_long, "long", 190'000, 58);
     m_real.name = "real";
     LoadRealMap(m_real);
     if (m_real.drawing)
         CountContent(m_real);
+}
+
+void BenchMaps::MakeUp(BenchMap& map, const char* name, uint64_t lines, uint32_t vertices) {
+    map.name = name;
+    map.drawing = std::make_unique<ZvDrawing>();
+    ZvCore::NoProgress progress;
+    SyntheticMap content;
+    content.lines = lines;
+    content.vertices = vertices;
+    content.Fill(*map.drawing, progress);
+    CountContent(map);
 }
 
 BenchMaps::~BenchMaps() {
@@ -91,7 +97,7 @@ BenchMaps::~BenchMaps() {
 }
 
 std::vector<BenchMap*> BenchMaps::All() {
-    std::vector<BenchMap*> maps{&m_synth};
+    std::vector<BenchMap*> maps{&m_synth, &m_long};
     if (m_real.drawing)
         maps.push_back(&m_real);
     return maps;

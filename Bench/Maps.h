@@ -6,10 +6,10 @@
 
 class ZvDrawing;
 
-/// The two maps that everything is measured on: a made-up one of a million short lines, and the largest real one at hand. Each is
-/// held as a drawing and as files, made once a run in a temporary folder that is deleted at the end.
+/// The maps that everything is measured on: made-up ones of a million short lines and of 190,000 long ones (the size of a country's
+/// contour lines), and the largest real one at hand. Each is held as a drawing and as files, made once a run in a temporary folder that is deleted at the end.
 struct BenchMap {
-    std::string name; ///< "synth", "real"
+    std::string name; ///< "synth", "long", "real"
     std::unique_ptr<ZvDrawing> drawing;
     uint64_t entities = 0, vertices = 0;
     std::filesystem::path native[10]; ///< by compression level, empty when not written
@@ -28,6 +28,7 @@ public:
 
 private:
     BenchMaps();
+    static void MakeUp(BenchMap& map, const char* name, uint64_t lines, uint32_t vertices);
     std::filesystem::path m_folder;
-    BenchMap m_synth, m_real;
+    BenchMap m_synth, m_long, m_real;
 };

@@ -1,6 +1,7 @@
 #include "Modules/Qt/ZvQtDocument.h"
 #include "Modules/Qt/ZvQtSurface.h"
 #include "Zelvan/RenC/ZvPixelBuffer.h"
+#include "ZvCore/Log.h"
 #include "ZvCore/Platform/Platform.h"
 #include <QFile>
 #include <QGuiApplication>
@@ -10,6 +11,7 @@
 #include <QPdfWriter>
 #include <QSvgGenerator>
 #include <cmath>
+#include <cstdio>
 
 namespace {
 
@@ -22,6 +24,13 @@ void EnsureQt() {
     static int argc = 1;
     static char name[] = "zelvan";
     static char* argv[] = {name, nullptr};
+    // What Qt remarks on its surroundings is for the log, not for a user's terminal.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        const bool isGrave = type == QtCriticalMsg || type == QtFatalMsg;
+        ZvLog::Write(isGrave ? ZvLog::Level::Error : ZvLog::Level::Info, text.toStdString());
+        if (isGrave)
+            std::fprintf(stderr, "%s\n", text.toStdString().c_str());
+    });
     static const auto* const app = new QGuiApplication(argc, argv);
     (void)app;
 }
