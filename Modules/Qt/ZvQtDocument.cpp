@@ -3,7 +3,7 @@
 #include "Zelvan/RenC/ZvPixelBuffer.h"
 #include "ZvCore/Log.h"
 #include "ZvCore/Platform/Platform.h"
-#include <QFile>
+#include <QBuffer>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPageLayout>
@@ -39,20 +39,19 @@ constexpr double kThinMm = 0.1; // thin lines on paper
 
 } // namespace
 
+// The painters of pages do not look whether their writes succeed: they paint into memory.
 struct ZvQtDocument::Impl {
-    std::unique_ptr<QFile> file;
+    std::unique_ptr<ZvCore::DiskFile> file;
+    std::unique_ptr<QBuffer> buffer;
     std::unique_ptr<QPaintDevice> device;
     std::unique_ptr<QPainter> painter;
     std::unique_ptr<ZvQtSurface> surface;
 
     bool OpenFile(const std::filesystem::path& path, std::string& why) {
         EnsureQt();
-        const std::string utf8 = ZvPlatform::PathToUtf8(path);
-        file = std::make_unique<QFile>(QString::fromUtf8(utf8.data(), qsizetype(utf8.size())));
-        if (file->open(QIODevice::WriteOnly | QIODevice::Truncate))
-            return true;
-        why = "cannot write '" + utf8 + "': " + file->errorString().toStdString();
-        return false;
+        file = ZvCore::DiskFile::Open(path, ZvCore::DiskFile::Mode::Create, why);
+        buffer = std::make_unique<QBuffer>();
+        return file && buffer->open(QIODevice::WriteOnly);
     }
     bool Start(double width, double height, int dpi, std::string& why) {
         painter = std::make_unique<QPainter>();
@@ -83,7 +82,7 @@ std::unique_ptr<ZvQtDocument> ZvQtDocument::CreatePdf(const std::filesystem::pat
     auto impl = std::make_unique<Impl>();
     if (!impl->OpenFile(path, why))
         return nullptr;
-    auto writer = std::make_unique<QPdfWriter>(impl->file.get());
+    auto writer = std::make_unique<QPdfWriter>(impl->buffer.get());
     writer->setCreator("Zelvan");
     writer->setTitle(QString::fromStdString(page.title));
     writer->setResolution(page.dotsPerInch);
@@ -104,7 +103,7 @@ std::unique_ptr<ZvQtDocument> ZvQtDocument::CreateSvg(const std::filesystem::pat
         return nullptr;
     const double perMm = page.dotsPerInch / 25.4;
     auto svg = std::make_unique<QSvgGenerator>();
-    svg->setOutputDevice(impl->file.get());
+    svg->setOutputDevice(impl->buffer.get());
     svg->setResolution(page.dotsPerInch);
     const QSize size(int(std::lround(page.widthMm * perMm)), int(std::lround(page.heightMm * perMm)));
     svg->setSize(size);
@@ -132,11 +131,9 @@ bool ZvQtDocument::Finish(std::string& why) {
     const bool painted = m_impl->painter->end();
     if (!m_impl->file)
         return painted;
-    const bool flushed = m_impl->file->flush();
-    m_impl->file->close();
-    if (painted && flushed && m_impl->file->error() == QFileDevice::NoError)
+    const QByteArray& bytes = m_impl->buffer->data();
+    if (painted && m_impl->file->Write(bytes.constData(), size_t(bytes.size())) && m_impl->file->Flush())
         return true;
-    why = "cannot write '" + m_impl->file->fileName().toStdString() +
-          "': " + m_impl->file->errorString().toStdString();
+    why = painted ? m_impl->file->ErrorText() : "the page could not be finished";
     return false;
 }

@@ -61,6 +61,14 @@ TEST(Platform, DeletingWhatIsNotThereIsNoFailure) {
     EXPECT_FALSE(ZvPlatform::IsFolderWritable(folder / "f"));
 }
 
+TEST(Platform, ProbingWhetherAFileCanGrowLeavesItAsItIs) {
+    ScratchFolder folder;
+    folder.Put("f", "text");
+    EXPECT_EQ(ZvPlatform::SyncAndProbeGrowth(folder / "f"), "");
+    EXPECT_EQ(folder.Get("f"), "text");
+    EXPECT_NE(ZvPlatform::SyncAndProbeGrowth(folder / "missing"), "");
+}
+
 TEST(Platform, LongPathsWork) {
     ScratchFolder folder;
     std::filesystem::path deep = folder.Path();

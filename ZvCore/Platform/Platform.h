@@ -52,6 +52,9 @@ ZV_API std::string DeleteFileIfThere(const std::filesystem::path& path);
 /// Waits until renames in the folder are on the medium (nothing to do on Windows, where they are written
 /// through).
 ZV_API std::string SyncFolder(const std::filesystem::path& folder);
+/// Puts the file's bytes on the medium, and tells why it could not be made longer: a disk that filled up while somebody wrote the file
+/// who did not look. The file stays as it is.
+ZV_API std::string SyncAndProbeGrowth(const std::filesystem::path& path);
 ZV_API bool IsFolderWritable(const std::filesystem::path& folder);
 
 /// Path from UTF-8 command-line or document text, and back.
@@ -62,7 +65,8 @@ ZV_API std::string PathToUtf8(const std::filesystem::path& path);
 /// page and cannot hold every name, so the system is asked again.
 ZV_API std::vector<std::string> CommandLine(int argc, char** argv);
 
-/// True after the user asked to stop (Ctrl-C); InstallInterruptHandler must have been called once.
+/// True after the user or the system asked to stop (Ctrl-C, the end of the session); InstallInterruptHandler must have been called
+/// once.
 ZV_API void InstallInterruptHandler();
 ZV_API bool WasInterrupted();
 ZV_API void ClearInterrupt();

@@ -94,7 +94,13 @@ void InstallInterruptHandler() {
     struct sigaction action {};
     action.sa_handler = [](int) { g_interrupted = true; };
     action.sa_flags = int(SA_RESETHAND) | SA_RESTART; // a second Ctrl-C ends the program
-    sigaction(SIGINT, &action, nullptr);
+    for (const int wish : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction former {};
+        if (sigaction(wish, nullptr, &former) == 0 && former.sa_handler != SIG_IGN) // nohup stays in force
+            sigaction(wish, &action, nullptr);
+    }
+    // A file that may not grow any further is an error of the write like a full disk, not the end of the program.
+    signal(SIGXFSZ, SIG_IGN);
 }
 
 bool WasInterrupted() {

@@ -1,6 +1,7 @@
 #include "ZvCore/Platform/NativeFile.h"
 #include "ZvCore/Platform/Platform.h"
 #include "ZvCore/Platform/Posix/SystemReason.h"
+#include "ZvCore/Platform/Reason.h"
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -12,6 +13,8 @@ namespace ZvPlatform {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr size_t kProbeBytes = 65536;
 
 /// A name beside `path` that nobody else uses.
 fs::path TemporaryBeside(const fs::path& path) {
@@ -76,6 +79,24 @@ std::string SyncFolder(const fs::path& folder) {
     std::string why;
     if (fsync(descriptor) != 0 && errno != EINVAL) // EINVAL: the file system has no such operation
         why = SystemReason(errno);
+    close(descriptor);
+    return why;
+}
+
+std::string SyncAndProbeGrowth(const fs::path& path) {
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return SystemReason(errno, path);
+    std::string why;
+    const off_t length = lseek(descriptor, 0, SEEK_END);
+    const std::string more(kProbeBytes, '\0');
+    const ssize_t written = pwrite(descriptor, more.data(), more.size(), length);
+    if (written < 0)
+        why = SystemReason(errno);
+    else if (size_t(written) < more.size())
+        why = Reason::kDiskFull;
+    if (ftruncate(descriptor, length) != 0 || fsync(descriptor) != 0)
+        why = why.empty() ? SystemReason(errno) : why;
     close(descriptor);
     return why;
 }

@@ -8,6 +8,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr size_t kProbeBytes = 65536;
+
 fs::path TemporaryBeside(const fs::path& path) {
     uint64_t random = 0;
     RandomBytes(&random, sizeof random);
@@ -63,6 +65,28 @@ std::string DeleteFileIfThere(const fs::path& path) {
 
 std::string SyncFolder(const fs::path&) {
     return {};
+}
+
+std::string SyncAndProbeGrowth(const fs::path& path) {
+    const HANDLE handle = CreateFileW(SystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return SystemReason(GetLastError(), path);
+    LARGE_INTEGER length{};
+    const LARGE_INTEGER none{};
+    const std::string more(kProbeBytes, '\0');
+    DWORD written = 0, error = 0;
+    if (!SetFilePointerEx(handle, none, &length, FILE_END) ||
+        !WriteFile(handle, more.data(), DWORD(more.size()), &written, nullptr))
+        error = GetLastError();
+    else if (written < more.size())
+        error = ERROR_DISK_FULL;
+    if ((!SetFilePointerEx(handle, length, nullptr, FILE_BEGIN) || !SetEndOfFile(handle) ||
+         !FlushFileBuffers(handle)) &&
+        error == 0)
+        error = GetLastError();
+    CloseHandle(handle);
+    return error ? SystemReason(error) : std::string();
 }
 
 bool IsFolderWritable(const fs::path& folder) {
