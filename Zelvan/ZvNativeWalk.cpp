@@ -127,12 +127,24 @@ bool ZvNativeWalk::FileHeader(const ZvNativeStream& stream) {
     uint8_t bytes[ZvNativeHeader::kSize] = {};
     uint64_t size = 0;
     ZvNativeCursor cursor(stream, 0, stream.size);
-    if (!cursor.Read(size) || size > ZvNativeHeader::kLargestSize || size > stream.size) {
+    (void)cursor.Read(size);
+    std::memcpy(bytes, stream.bytes, size_t(std::min<uint64_t>(stream.size, sizeof bytes)));
+    m_inner.Parse(bytes);
+    if (m_inner.HasMagic() && size > ZvNativeHeader::kLargestSize) {
         Problem(stream, 0, "the header size " + std::to_string(size) + " cannot be true", kEverything);
         return false;
     }
-    std::memcpy(bytes, stream.bytes, size_t(std::min<uint64_t>(size, sizeof bytes)));
-    m_inner.Parse(bytes);
+    if (m_inner.HasMagic() && size > stream.size) {
+        Problem(stream, stream.size,
+                "the stream ends in its header, after " + std::to_string(stream.size) + " of " +
+                    std::to_string(size) + " bytes",
+                kEverything);
+        return false;
+    }
+    if (size < sizeof bytes) {
+        std::memset(bytes + size, 0, size_t(sizeof bytes - size));
+        m_inner.Parse(bytes);
+    }
     if (!m_inner.HasMagic()) {
         Problem(stream, 8, "the signature is not that of a drawing file", kEverything);
         return false;

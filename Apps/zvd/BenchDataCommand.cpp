@@ -42,11 +42,15 @@ void AddBenchDataCommand(CLI::App& app, CommandRun& run) {
     auto arguments = std::make_shared<BenchDataArguments>();
     SyntheticMap& map = arguments->map;
     command->add_option("OUT", arguments->out, "Target file, in any format that can be saved")->required();
-    command->add_option("--lines", map.lines, "Polylines")->capture_default_str();
+    constexpr uint64_t kMost = 1'000'000'000; // names of entities are numbers of 32 bits
+    command->add_option("--lines", map.lines, "Polylines")
+        ->check(CLI::Range(uint64_t(0), kMost))
+        ->capture_default_str();
     command->add_option("--vertices", map.vertices, "Vertices of each line and ring")
         ->check(CLI::Range(2, 1000000))
         ->capture_default_str();
     command->add_option("--polygons", map.polygons, "Polygons; every third has a hole")
+        ->check(CLI::Range(uint64_t(0), kMost))
         ->capture_default_str();
     command->add_option("--towns", map.towns, "Crowded places")->capture_default_str();
     command->add_option("--layers", map.layers, "Layers that the lines are dealt to")

@@ -43,7 +43,8 @@ void Print(const Console& console, const std::string& file, const ZvNativeCheck:
         return;
     }
     console.Line(file + ": " + std::to_string(result.findings.size()) +
-                 (result.truncatedList ? " and more" : "") + " faults");
+                 (result.truncatedList ? " and more" : "") +
+                 (result.findings.size() == 1 && !result.truncatedList ? " fault" : " faults"));
     for (const ZvNativeFinding& finding : result.findings)
         console.Line("  at " + std::to_string(finding.offset) +
                      (finding.inner ? "+" + std::to_string(finding.inner) : "") + " " + finding.where + ": " +

@@ -2,6 +2,7 @@
 #include "Apps/zvd/DrawingFile.h"
 #include "ZvCore/Platform/Platform.h"
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -89,7 +90,12 @@ void AddConvertCommand(CLI::App& app, CommandRun& run) {
         ->add_option("--precision", arguments->precision,
                      "Step to which vertices may be rounded, in units of the map (default: a millimetre on "
                      "the ground)")
-        ->check(CLI::NonNegativeNumber);
+        ->check([](const std::string& text) {
+            double step = 0;
+            char rest = 0;
+            const bool good = std::sscanf(text.c_str(), "%lf%c", &step, &rest) == 1 && std::isfinite(step);
+            return good && step >= 0 ? std::string() : "a step is a number from 0 up, not '" + text + "'";
+        });
     command->add_flag("--strict", arguments->strict, "Exit with 1 when anything was approximated or dropped");
     command->callback([&run, arguments] {
         run = [arguments](const Console& console) { return RunConvert(console, *arguments); };

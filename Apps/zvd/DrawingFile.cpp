@@ -5,6 +5,7 @@
 #include "ZvCore/DiskFile.h"
 #include "ZvCore/Platform/Platform.h"
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace fs = std::filesystem;
 
@@ -23,6 +24,13 @@ const char* FateName(ZvLossReport::Fate fate) {
     default:
         return "dropped";
     }
+}
+
+constexpr const char* kCheckHint = "; 'zvd check' tells what is damaged";
+
+bool IsNative(const ZvFileFormat& format) {
+    const ZvFileFormat* native = ZvFileFormatServer::Application().GetNativeLoadFormat();
+    return native && format.provider == native->provider;
 }
 
 std::string FirstError(const IOErrorSet& errors) {
@@ -66,9 +74,11 @@ ExitCode CheckInput(const Console& console, const fs::path& file) {
 
 std::string KnownExtensions(bool save) {
     std::string list;
+    std::set<std::string> told;
     const ZvFileFormatServer& server = ZvFileFormatServer::Application();
     for (const ZvFileFormat* format : save ? server.FileFormatOutList() : server.FileFormatInList())
-        if (!format->extensions.empty() && list.size() < 200)
+        if (!format->extensions.empty() && list.size() < 200 &&
+            told.insert(format->extensions.front()).second)
             list += (list.empty() ? "." : ", .") + format->extensions.front();
     return list;
 }
@@ -93,8 +103,9 @@ ExitCode LoadDrawing(const Console& console, const fs::path& file, const ZvFileO
         return console.Fail(ExitCode::Interrupted,
                             "interrupted while reading " + Quoted(file) + "; nothing was written");
     if (!Zv::Ok(status))
-        return console.Fail(ExitCode::BadInput,
-                            "cannot load " + Quoted(file) + ": " + FirstError(loaded.errors));
+        return console.Fail(ExitCode::BadInput, "cannot load " + Quoted(file) + ": " +
+                                                    FirstError(loaded.errors) +
+                                                    (IsNative(*loaded.format) ? kCheckHint : ""));
     return ExitCode::Ok;
 }
 

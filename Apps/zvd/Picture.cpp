@@ -2,7 +2,7 @@
 #include "Zelvan/RenC/ZvFrameRenderer.h"
 #include "Zelvan/RenC/ZvPngWriter.h"
 #include "Zelvan/RenC/ZvRasterSurface.h"
-#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/View/ZvViewXForm.h"
 #include "Zelvan/ZvDrawing.h"
 #include "ZvCore/DateTime.h"
@@ -28,8 +28,17 @@ constexpr int kPaperDpi = 300;
 bool LayerWanted(const PictureOptions& options, const ZvLayer& layer) {
     if (options.layers.empty())
         return layer.IsVisible() && !layer.IsInternal();
-    const std::string name = layer.GetName().ToUtf8();
-    return std::find(options.layers.begin(), options.layers.end(), name) != options.layers.end();
+    return std::any_of(options.layers.begin(), options.layers.end(), [&](const std::string& name) {
+        return layer.GetName().EqualsNoCase(XStringW::FromUtf8(name));
+    });
+}
+
+/// The first of the layers asked for that is not there; empty when all are.
+std::string MissingLayer(const ZvDrawing& drawing, const PictureOptions& options) {
+    for (const std::string& name : options.layers)
+        if (!drawing.LayerTable()->GetByName(XStringW::FromUtf8(name)))
+            return name;
+    return {};
 }
 
 ZvBounds2D ChooseExtent(const ZvDrawing& drawing, const PictureOptions& options) {
@@ -38,6 +47,8 @@ ZvBounds2D ChooseExtent(const ZvDrawing& drawing, const PictureOptions& options)
     ZvBounds2D box = drawing.Bounds(true).ToBounds2D();
     if (box.IsNull())
         box.Set(0, 0, 1, 1);
+    for (double* side : {&box.minX, &box.minY, &box.maxX, &box.maxY}) // widths stay finite
+        *side = std::clamp(*side, -kZvBoundsLimit, kZvBoundsLimit);
     const double side = std::max({box.Width(), box.Height(), 1e-9});
     box.Grow(std::max(box.Width(), side * 0.01) * kMargin, std::max(box.Height(), side * 0.01) * kMargin);
     return box;
@@ -191,6 +202,9 @@ ExitCode RenderPicture(const Console& console, ZvDrawing& drawing, const fs::pat
                             "folder '" + ZvPlatform::PathToUtf8(folder) + "' does not exist; make it first");
     if (fs::is_directory(target, failed))
         return console.Fail(ExitCode::NoOutput, name + " is a folder; give the name of a file in it");
+    if (const std::string missing = MissingLayer(drawing, options); !missing.empty())
+        return console.Fail(ExitCode::Usage,
+                            "the drawing has no layer '" + missing + "'; 'zvd info' lists its layers");
     const fs::path temporary = folder / (".zvd-" + Guid::New().ToString().ToUtf8().substr(0, 8) + kind);
     std::string why;
     ExitCode code = DrawFile(console, drawing, temporary, kind, options, report, why);

@@ -3,6 +3,7 @@
 #include "Apps/zvd/Picture.h"
 #include "ZvCore/Platform/Platform.h"
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -17,7 +18,7 @@ struct RenderArguments {
 bool ParseScale(const std::string& text, double& scale) {
     const std::string number = text.starts_with("1:") ? text.substr(2) : text;
     char rest = 0;
-    return std::sscanf(number.c_str(), "%lf%c", &scale, &rest) == 1 && scale > 0;
+    return std::sscanf(number.c_str(), "%lf%c", &scale, &rest) == 1 && scale > 0 && std::isfinite(scale);
 }
 
 // The reason of a refusal, empty when all options make sense.
@@ -33,7 +34,8 @@ std::string ParseOptions(const RenderArguments& arguments, PictureOptions& optio
         double v[4];
         if (std::sscanf(arguments.extent.c_str(), "%lf,%lf,%lf,%lf%c", &v[0], &v[1], &v[2], &v[3], &rest) !=
                 4 ||
-            !(v[2] > v[0]) || !(v[3] > v[1]))
+            !(v[2] > v[0]) || !(v[3] > v[1]) || v[0] < -kZvBoundsLimit || v[1] < -kZvBoundsLimit ||
+            v[2] > kZvBoundsLimit || v[3] > kZvBoundsLimit)
             return "--extent takes MINX,MINY,MAXX,MAXY, not '" + arguments.extent + "'";
         options.extent.Set(v[0], v[1], v[2], v[3]);
     }

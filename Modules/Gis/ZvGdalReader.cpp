@@ -11,6 +11,8 @@
 #include <gdal_priv.h>
 #include <memory>
 #include <ogrsf_frmts.h>
+#include <set>
+#include <sstream>
 
 namespace {
 
@@ -79,9 +81,12 @@ Zv::Status ZvGdalReader::Read(const std::filesystem::path& file, const std::vect
                             "; check that the file is complete and has the right extension");
         return Zv::Status::Failure;
     }
+    m_driver = source->GetDriverName();
     m_layerField = m_options.values.GetString("LayerField", u"").ToUtf8();
-    if (m_layerField.empty() && source->GetDriverName() == std::string("DXF"))
+    if (m_layerField.empty() && m_driver == "DXF")
         m_layerField = "Layer";
+    if (!CheckNames(*source, path))
+        return Zv::Status::Failure;
     TakeCoordSystem(*source);
     ChoosePrecision();
     for (OGRLayer* layer : source->GetLayers())
@@ -94,6 +99,29 @@ Zv::Status ZvGdalReader::Read(const std::filesystem::path& file, const std::vect
             return status;
     }
     return messages.LastFailure().empty() ? Zv::Status::Success : Zv::Status::Failure;
+}
+
+/// Whether the layers asked for are there; a field for layer names that no layer has is worth a warning.
+bool ZvGdalReader::CheckNames(GDALDataset& source, const std::string& path) {
+    std::set<std::string> layers;
+    bool hasField = false;
+    for (OGRLayer* layer : source.GetLayers()) {
+        layers.insert(layer->GetName());
+        hasField = hasField || layer->GetLayerDefn()->GetFieldIndex(m_layerField.c_str()) >= 0;
+    }
+    std::istringstream wanted(m_options.values.GetString("Layers", u"").ToUtf8());
+    for (std::string name; std::getline(wanted, name, ',');)
+        if (!layers.contains(name)) {
+            m_errors.Add(0, "'" + path + "' has no layer '" + name + "'; its layers are " +
+                                JoinNames({layers.begin(), layers.end()}));
+            return false;
+        }
+    if (!m_layerField.empty() && !hasField)
+        m_errors.Add(0,
+                     "no layer of '" + path + "' has a field '" + m_layerField +
+                         "': each source layer becomes one layer",
+                     IOErrorSet::Severity::Warning);
+    return true;
 }
 
 bool ZvGdalReader::IsWanted(const std::string& layerName) const {
@@ -137,6 +165,7 @@ Zv::Status ZvGdalReader::ReadLayer(OGRLayer& source) {
     if (m_layerFieldIndex < 0)
         m_targets.emplace(source.GetName(),
                           MakeTarget(source.GetName(), source)); // exists without features, too
+    const int64_t before = m_done, stated = source.GetFeatureCount(FALSE);
     source.ResetReading();
     while (const std::unique_ptr<OGRFeature> feature{source.GetNextFeature()}) {
         ReadFeature(*feature);
@@ -144,7 +173,19 @@ Zv::Status ZvGdalReader::ReadLayer(OGRLayer& source) {
             !m_progress.Step("reading features", uint64_t(m_done), uint64_t(std::max(m_total, m_done))))
             return Zv::Status::Cancelled;
     }
-    return Zv::Status::Success;
+    return TellMissing(source.GetName(), stated, m_done - before);
+}
+
+/// Readers of some formats end quietly where a file is cut short. Only a count that stands in the file's own head is proof.
+Zv::Status ZvGdalReader::TellMissing(const std::string& layer, int64_t stated, int64_t read) {
+    if (stated <= read)
+        return Zv::Status::Success;
+    const bool proof = m_driver == "FlatGeobuf";
+    m_errors.Add(0,
+                 "layer '" + layer + "' states " + std::to_string(stated) + " features, " +
+                     std::to_string(read) + " could be read: the file is cut short or damaged",
+                 proof ? IOErrorSet::Severity::Error : IOErrorSet::Severity::Warning);
+    return proof ? Zv::Status::Failure : Zv::Status::Success;
 }
 
 void ZvGdalReader::ReadFeature(OGRFeature& feature) {

@@ -33,10 +33,12 @@ private:
     void TakeCoordSystem(GDALDataset& source);
     void ChoosePrecision();
     Zv::Status ReadLayer(OGRLayer& source);
+    Zv::Status TellMissing(const std::string& layer, int64_t stated, int64_t read);
     void ReadFeature(OGRFeature& feature);
     Target& TargetFor(OGRFeature& feature);
     Target MakeTarget(const std::string& name, OGRLayer& source);
     void StoreFields(OGRFeature& feature, Target& target, ZvName name);
+    bool CheckNames(GDALDataset& source, const std::string& path);
     bool IsWanted(const std::string& layerName) const;
 
     ZvDrawing& m_drawing;
@@ -46,7 +48,7 @@ private:
     ZvLossReport m_ownLosses;
     ZvLossReport& m_losses;
     ZvGdalToEntity m_convert;
-    std::string m_layerField;
+    std::string m_driver, m_layerField;
     OGRLayer* m_source = nullptr;
     int m_layerFieldIndex = -1;
     std::map<std::string, Target> m_targets; // of the source layer at hand, by drawing layer name

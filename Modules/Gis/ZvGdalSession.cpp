@@ -27,11 +27,15 @@ ZvGdalMessages::~ZvGdalMessages() {
 }
 
 void ZvGdalMessages::Take(int severity, int, const char* text) {
-    if (severity == CE_Warning) {
+    if (std::string_view(text).starts_with("PROJ: ")) { // the geometry is none the worse for it
+        m_errors.Add(kGdalMessage,
+                     std::string("a coordinate system is unknown, coordinates are kept as they are: ") + text,
+                     IOErrorSet::Severity::Warning);
+    } else if (severity == CE_Warning) {
         m_errors.Add(kGdalMessage, text, IOErrorSet::Severity::Warning);
     } else if (severity >= CE_Failure) {
-        m_lastFailure = text;
-        m_errors.Add(kGdalMessage, text, IOErrorSet::Severity::Error);
+        m_lastFailure = m_subject ? m_subject() + text : std::string(text);
+        m_errors.Add(kGdalMessage, m_lastFailure, IOErrorSet::Severity::Error);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 #include "ZvCore/IOErrorSet.h"
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,12 @@ public:
     /// Text of the latest failure, empty when there was none.
     const std::string& LastFailure() const { return m_lastFailure; }
     void Take(int severity, int number, const char* text);
+    /// Put before the texts of failures until it is set anew; asked only when there is one.
+    void SetSubject(std::function<std::string()> subject) { m_subject = std::move(subject); }
 
 private:
     IOErrorSet& m_errors;
+    std::function<std::string()> m_subject;
     std::string m_lastFailure;
 };
 

@@ -97,6 +97,8 @@ Zv::Status ZvGdalWriter::Write(const fs::path& file, const std::string& driver) 
         return Zv::Status::Failure;
     }
     Zv::Status status = WriteAll(folder / file.filename());
+    if (status != Zv::Status::Cancelled && !IsOnDisk(folder, file))
+        status = Zv::Status::Failure;
     if (Zv::Ok(status) && !PutInPlace(folder, file))
         status = Zv::Status::Failure;
     fs::remove_all(folder, failed);
@@ -112,6 +114,7 @@ Zv::Status ZvGdalWriter::WriteAll(const fs::path& file) {
         m_errors.Add(0, "cannot make '" + path + "' as " + m_driver);
         return Zv::Status::Failure;
     }
+    messages.SetSubject([this] { return Subject(); });
     Zv::Status status = Zv::Status::Success;
     for (const Plan& plan : MakePlans())
         if (status = WriteLayer(*target, plan); !Zv::Ok(status))
@@ -121,6 +124,24 @@ Zv::Status ZvGdalWriter::WriteAll(const fs::path& file) {
     if (Zv::Ok(status) && !messages.LastFailure().empty())
         status = Zv::Status::Failure;
     return status;
+}
+
+// Some drivers do not look whether their writes succeed. What the disk says comes before what they say.
+bool ZvGdalWriter::IsOnDisk(const fs::path& folder, const fs::path& file) {
+    std::error_code failed;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder, failed)) {
+        if (!entry.is_regular_file(failed))
+            continue;
+        const std::string why = ZvPlatform::SyncAndProbeGrowth(entry.path());
+        if (why.empty())
+            continue;
+        const IOErrorSet told = m_errors;
+        m_errors.Clear();
+        m_errors.Add(0, "cannot write '" + ZvPlatform::PathToUtf8(file) + "': " + why);
+        m_errors.AddAll(told);
+        return false;
+    }
+    return true;
 }
 
 // Every file that the library made (sidecars too) replaces the one of that name beside the target.
@@ -222,6 +243,8 @@ OGRLayer* ZvGdalWriter::MakeLayer(GDALDataset& target, const Plan& plan) {
         options.push_back("ENCODING=UTF-8");
     else if (m_driver == "GeoJSON")
         options.push_back("COORDINATE_PRECISION=15");
+    else if (m_driver == "CSV")
+        options.push_back("GEOMETRY=AS_WKT"); // without it the geometry would be left out
     options.push_back(nullptr);
     return target.CreateLayer(plan.name.c_str(), known ? m_reference.get() : nullptr, type,
                               const_cast<char**>(options.data()));
@@ -267,6 +290,12 @@ void ZvGdalWriter::MakeFields(OGRLayer& layer, const Plan& plan) {
     }
 }
 
+/// This format has no features without a field.
+static void MakeFieldForMapInfo(OGRLayer& layer) {
+    OGRFieldDefn field("id", OFTInteger);
+    (void)layer.CreateField(&field); // without it the features are refused, with a reason
+}
+
 Zv::Status ZvGdalWriter::WriteLayer(GDALDataset& target, const Plan& plan) {
     OGRLayer* layer = MakeLayer(target, plan);
     if (!layer) {
@@ -274,6 +303,8 @@ Zv::Status ZvGdalWriter::WriteLayer(GDALDataset& target, const Plan& plan) {
         return Zv::Status::Failure;
     }
     MakeFields(*layer, plan);
+    if (m_driver == "MapInfo File" && layer->GetLayerDefn()->GetFieldCount() == 0)
+        MakeFieldForMapInfo(*layer);
     m_promote = plan.IsMulti() && wkbFlatten(layer->GetGeomType()) != wkbUnknown && m_driver != "GeoJSON" &&
                 !m_oneKind;
     const bool transaction =
@@ -318,12 +349,21 @@ bool ZvGdalWriter::WriteEntity(OGRLayer& layer, const Plan& plan, const ZvLayer&
                     WriteField(*feature, m_columns[at][size_t(c)], *table, c, size_t(row));
     if (const std::string style = ZvGdalStyle::Describe(entity); !style.empty())
         feature->SetStyleString(style.c_str());
-    if (layer.CreateFeature(feature.get()) == OGRERR_NONE) {
-        m_losses.Add(ZvLossReport::Fate::Kept, "entities");
-        return true;
+    m_current = entity.Name();
+    if (layer.CreateFeature(feature.get()) != OGRERR_NONE) {
+        m_errors.Add(0, "entity " + m_current.ToString().ToUtf8() + " could not be written as " + m_driver);
+        return false;
     }
-    m_errors.Add(0, "entity " + entity.Name().ToString().ToUtf8() + " could not be written as " + m_driver);
-    return false;
+    m_current = {};
+    m_losses.Add(ZvLossReport::Fate::Kept, "entities");
+    return true;
+}
+
+/// What messages of the library are about.
+std::string ZvGdalWriter::Subject() const {
+    return m_current.IsNull()
+               ? m_driver + ": "
+               : "entity " + m_current.ToString().ToUtf8() + " cannot be written as " + m_driver + ": ";
 }
 
 void ZvGdalWriter::WriteField(OGRFeature& feature, int field, const ZvAttributeTable& table, int column,

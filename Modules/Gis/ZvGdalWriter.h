@@ -47,8 +47,10 @@ private:
     bool WriteEntity(OGRLayer& layer, const Plan& plan, const ZvLayer& source, ZvEntity& entity);
     void WriteField(OGRFeature& feature, int field, const ZvAttributeTable& table, int column, size_t row);
     Zv::Status WriteAll(const std::filesystem::path& file);
+    bool IsOnDisk(const std::filesystem::path& folder, const std::filesystem::path& file);
     bool PutInPlace(const std::filesystem::path& folder, const std::filesystem::path& file);
     bool IsSelected(const ZvEntity& entity) const;
+    std::string Subject() const;
 
     ZvDrawing& m_drawing;
     const ZvFileOptions& m_options;
@@ -64,5 +66,6 @@ private:
     bool m_promote = false;                  // of the target layer at hand: to multi geometries
     int m_layerField = -1;                   // of the target layer at hand
     std::vector<std::vector<int>> m_columns; // by source layer of the plan: target field of each column
+    ZvName m_current;                        // while the library takes an entity
     int64_t m_done = 0, m_total = 0;
 };

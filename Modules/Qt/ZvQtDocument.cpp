@@ -1,6 +1,7 @@
 #include "Modules/Qt/ZvQtDocument.h"
 #include "Modules/Qt/ZvQtSurface.h"
 #include "Zelvan/RenC/ZvPixelBuffer.h"
+#include "ZvCore/DiskFile.h"
 #include "ZvCore/Log.h"
 #include "ZvCore/Platform/Platform.h"
 #include <QBuffer>

@@ -8,10 +8,13 @@ namespace {
 /// Menu items are known by the number of their text.
 constexpr int kMenuPolygon = ZvStr::PropertyPolygon;
 
-/// Takes a truth value; nothing when it is absent or of another type.
+/// Takes a truth value. Null when it is absent; a value of another type is refused.
 const bool* TakeBool(ZvPropertySetter& setter, std::string_view id) {
     const ZvProperty::Value* value = setter.Take(id);
-    return value ? std::get_if<bool>(value) : nullptr;
+    const bool* on = value ? std::get_if<bool>(value) : nullptr;
+    if (value && !on)
+        setter.Refuse(id, ZvStrings::Get(ZvStr::PropertyWrongType));
+    return on;
 }
 
 } // namespace

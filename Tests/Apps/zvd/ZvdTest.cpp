@@ -28,6 +28,17 @@ protected:
     ScratchFolder m_folder;
 };
 
+/// Zero length, too few vertices, holes without area, nothing at all, numbers at the end of their range.
+constexpr const char* kDegenerate = R"({"type":"FeatureCollection","features":[
+ {"type":"Feature","properties":{"a":1},"geometry":{"type":"LineString","coordinates":[[1,1],[1,1]]}},
+ {"type":"Feature","properties":{"a":1},"geometry":{"type":"LineString","coordinates":[[1,1]]}},
+ {"type":"Feature","properties":{"a":1},"geometry":{"type":"Polygon","coordinates":[[[0,0],[1,1],[0,0]]]}},
+ {"type":"Feature","properties":{"a":1},"geometry":{"type":"Polygon","coordinates":[[[0,0],[0,0],[0,0],[0,0]]]}},
+ {"type":"Feature","properties":{"a":1},"geometry":{"type":"Point","coordinates":[NaN,1]}},
+ {"type":"Feature","properties":{"a":1},"geometry":{"type":"LineString","coordinates":[[1e308,1],[-1e308,2]]}},
+ {"type":"Feature","properties":{"a":1},"geometry":{"type":"LineString","coordinates":[[1e999,1],[2,2]]}},
+ {"type":"Feature","properties":{"a":1},"geometry":null}]})";
+
 } // namespace
 
 TEST_F(Zvd, HelpTeachesTheCommandsAndExitCodes) {
@@ -44,6 +55,9 @@ TEST_F(Zvd, EveryRefusalIsOneLineWithItsCodeAndTouchesNothing) {
     WriteFile(In("empty.zvd"), "");
     WriteFile(In("other.zvd"), "This is a letter to my aunt, and no drawing at all.");
     WriteFile(In("unknown.xyz"), "?");
+    WriteFile(In("cut.zvd"), ReadFile(In("good.zvd")).substr(0, 50));
+    WriteFile(In("map.geojson"), kDegenerate);
+    WriteFile(In("cut.geojson"), std::string(kDegenerate).substr(0, 300));
     WriteFile(In("target.zvd"), "precious");
     const std::string good = Q("good.zvd");
     const struct {
@@ -67,6 +81,16 @@ TEST_F(Zvd, EveryRefusalIsOneLineWithItsCodeAndTouchesNothing) {
         {"render " + good + " " + Q("out.png") + " --size 0x0", 2},
         {"render " + good + " " + Q("out.png") + " --extent 1,1,0,0", 2},
         {"info --entity 999999 " + good, 2},
+        {"render " + good + " " + Q("out.png") + " --extent 0,0,inf,1", 2},
+        {"render " + good + " " + Q("out.png") + " --layers nosuch", 2},
+        {"check " + Q("folder"), 3},
+#ifndef _WIN32
+        {"info " + Q("cut.zvd"), 4},
+        {"info " + Q("cut.geojson"), 4},
+        {"convert " + Q("map.geojson") + " " + Q("target.zvd") + " --layers nosuch", 4},
+        {"convert " + good + " /proc/out.zvd", 5},
+        {"info /dev/null", 3},
+#endif
     };
     for (const auto& c : cases) {
         const ZvdRun run = Run(c.arguments);
@@ -76,7 +100,8 @@ TEST_F(Zvd, EveryRefusalIsOneLineWithItsCodeAndTouchesNothing) {
     }
     EXPECT_EQ(ReadFile(In("target.zvd")), "precious");
     EXPECT_FALSE(fs::exists(In("out.png")));
-    EXPECT_EQ(Run("frobnicate").code, 2);
+    for (const char* wrong : {"frobnicate", "bench-data x.zvd --lines -5", "convert a b --precision nan"})
+        EXPECT_EQ(Run(wrong).code, 2) << wrong;
     EXPECT_EQ(Run("convert onlyone.zvd").code, 2);
 }
 
@@ -171,6 +196,39 @@ TEST_F(Zvd, InterruptedWorkLeavesTheTargetAsItWas) {
     EXPECT_TRUE(run.code == 130 || run.code == 124) << run.code; // the time limit's own code, or ours
     EXPECT_NE(run.err.find("interrupted"), std::string::npos) << run.err;
     EXPECT_EQ(ReadFile(In("target.zvd")), "precious");
+}
+
+/// A limit on the length of files stands for a full disk: the write fails with what was written in place.
+TEST_F(Zvd, FullDiskIsToldOnceAndLeavesTheTargetAsItWas) {
+    MakeMap("map.zvd", "--seed 3 --vertices 40");
+    fs::create_directory(In("out"));
+    for (const char* kind : {"zvd", "fgb", "gpkg", "geojson", "shp", "kml", "csv", "png", "pdf", "svg"}) {
+        const std::string target = std::string("out/target.") + kind;
+        WriteFile(In(target), "precious");
+        const bool isPicture = kind[0] == 'p' || std::string(kind) == "svg";
+        const ZvdRun run = RunZvd(
+            m_folder.Path(), std::string(isPicture ? "render " : "convert ") + Q("map.zvd") + " " + Q(target),
+            "ulimit -f 16;");
+        EXPECT_EQ(run.code, 5) << kind;
+        EXPECT_EQ(run.ErrorLines(), 1u) << run.err;
+        EXPECT_NE(run.err.find("the disk is full"), std::string::npos) << kind << run.err;
+        EXPECT_EQ(ReadFile(In(target)), "precious") << kind;
+        EXPECT_TRUE(fs::remove(In(target)));
+    }
+    EXPECT_EQ(
+        RunZvd(m_folder.Path(), "convert " + Q("map.zvd") + " " + Q("out/first.zvd"), "ulimit -f 16;").code,
+        5);
+    EXPECT_TRUE(fs::is_empty(In("out"))) << "left over: " << fs::directory_iterator(In("out"))->path();
+}
+
+TEST_F(Zvd, DegenerateGeometryIsCountedAndTheRestIsKept) {
+    WriteFile(In("in.geojson"), kDegenerate);
+    const ZvdRun run = Run("convert --json " + Q("in.geojson") + " " + Q("out.zvd"));
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(Info("out.zvd")["entities"], 3);
+    EXPECT_EQ(Run("check " + Q("out.zvd")).code, 0);
+    for (const char* picture : {"out.png", "out.svg", "out.pdf"})
+        EXPECT_EQ(Run("render " + Q("out.zvd") + " " + Q(picture)).code, 0) << picture;
 }
 
 TEST_F(Zvd, DemoProvesThatTheReloadedWorldEqualsTheFirst) {
