@@ -168,8 +168,9 @@ void ZvBNode::OwnerVisibilityChanged(ZvEntity* entity) {
 }
 
 void ZvBNode::OwnerBoundsChanged(ZvEntity* entity) {
+    const ZvBNode& root = *RootBlock(); // this node may go
     ChildUpdateBounds(entity);
-    TellChanged(*entity);
+    root.TellChanged(*entity);
 }
 
 void ZvBNode::OwnerSelectionChanged(ZvEntity* entity, bool) {

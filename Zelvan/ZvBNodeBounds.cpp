@@ -176,11 +176,12 @@ void ZvBNode::ChildUpdateBounds(ZvEntity* entity) {
     if (index == node->m_list.Size())
         return;
     const ZvBounds3D bounds = entity->Bounds3D();
+    const ZvBNode& root = *RootBlock(); // a tree that grows gets other nodes, and this one may go
     if (node->BelongsHere(bounds))
         node->UpdateInPlace(index, bounds);
     else
         node->Relocate(index, bounds);
-    TouchContainer(entity);
+    root.TouchContainer(entity);
 }
 
 void ZvBNode::UpdateInPlace(size_t index, const ZvBounds3D& bounds) {

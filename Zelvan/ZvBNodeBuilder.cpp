@@ -220,6 +220,8 @@ bool ZvBNodeBuilder::AllEqual(uint32_t begin, uint32_t end, const Upper& upper) 
 
 void ZvBNodeBuilder::PlaceRange(ZvBNode& node, uint32_t begin, uint32_t end, const Upper* upper) {
     const size_t count = end - begin;
+    if (count == 0)
+        return;
     if (m_room < count) {
         m_items.reset(new Item[count]);
         m_scratch.reset(new Item[count]);

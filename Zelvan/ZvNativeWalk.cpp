@@ -6,6 +6,7 @@
 #include "ZvCore/Guid.h"
 #include "ZvCore/MD5.h"
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -70,10 +71,12 @@ bool ZvNativeWalk::String(ZvNativeCursor& cursor, const char* label, XStringW* t
         return false;
     XStringW value;
     if (text || WantsFields()) {
-        if (encoding == 0)
+        if (encoding == 0) {
             value = ZvNativeFile::ReadCharString(reinterpret_cast<const char*>(at.Here()), size_t(length));
-        else
-            value.Str().assign(reinterpret_cast<const char16_t*>(at.Here()), size_t(length));
+        } else if (length > 0) { // at any address
+            value.Str().resize(size_t(length));
+            std::memcpy(value.Str().data(), at.Here(), size_t(length) * sizeof(char16_t));
+        }
         if (text)
             *text = value;
     }
