@@ -27,7 +27,7 @@ private:
     static constexpr size_t kBlock = size_t(1) << 20;
     static constexpr size_t kLargeBlock = size_t(4) << 20;
     static constexpr size_t kLargeFrom = size_t(8) << 20;
-    struct Unmap {
+    struct ZV_API Unmap {
         void operator()(uint8_t* block) const noexcept;
     };
     std::vector<std::unique_ptr<uint8_t[]>> m_blocks;
