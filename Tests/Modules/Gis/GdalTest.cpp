@@ -267,35 +267,6 @@ TEST_F(Gdal, DamagedSourcesAreRefusedWithTheFileNamed) {
     }
 }
 
-// Every map of the test data goes into a drawing and back into its own format.
-TEST_F(Gdal, RealMapsRoundTripWithEqualCounts) {
-    const char* data = std::getenv("ZELVAN_TEST_DATA");
-    if (!data) {
-        std::printf("ZELVAN_TEST_DATA is not set: no real maps were tried\n");
-        return;
-    }
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(fs::path(data) / "maps")) {
-        const std::string extension = entry.path().extension().string();
-        if (extension != ".fgb" && extension != ".gpkg" && extension != ".geojson" && extension != ".shp")
-            continue;
-        SCOPED_TRACE(entry.path().string());
-        ZvDrawing first, second, third;
-        Load(first, entry.path());
-        const fs::path native = m_folder.Path() / "map.zvd", out = m_folder.Path() / ("back" + extension);
-        Save(first, native);
-        Load(second, native);
-        ASSERT_EQ(second.NameTable().Count(), first.NameTable().Count());
-        Save(second, out);
-        ZvLossReport losses;
-        Load(third, out);
-        EXPECT_EQ(third.NameTable().Count(), first.NameTable().Count());
-        const ZvBounds3D a = first.Bounds(), b = third.Bounds();
-        const double step = first.LinearPrecision();
-        EXPECT_NEAR(a.minX, b.minX, step);
-        EXPECT_NEAR(a.maxY, b.maxY, step);
-    }
-}
-
 TEST_F(Gdal, RealDrawingsImportWithALossReport) {
     const char* data = std::getenv("ZELVAN_TEST_DATA");
     if (!data) {
