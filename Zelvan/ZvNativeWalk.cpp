@@ -203,7 +203,7 @@ void ZvNativeWalk::CheckFileDigest(const ZvNativeStream& stream) {
 }
 
 void ZvNativeWalk::SolidBody(const ZvNativeStream& stream) {
-    if (!Offset(stream, "body", m_inner.solidOffset))
+    if (!Offset(stream, 84, "body", m_inner.solidOffset))
         return;
     ZvNativeCursor cursor(stream, m_inner.solidOffset, stream.size);
     const Level level(*this, "body");
@@ -221,10 +221,10 @@ void ZvNativeWalk::SolidBody(const ZvNativeStream& stream) {
     CloseBlock();
 }
 
-bool ZvNativeWalk::Offset(const ZvNativeStream& stream, const char* name, uint64_t offset) {
+bool ZvNativeWalk::Offset(const ZvNativeStream& stream, uint64_t field, const char* name, uint64_t offset) {
     if (offset >= ZvNativeHeader::kSize && offset < stream.size)
         return true;
-    Problem(stream, 36,
+    Problem(stream, field,
             std::string("the ") + name + " section is said to begin at " + std::to_string(offset) +
                 ", outside of the stream",
             kEverything);
@@ -232,8 +232,9 @@ bool ZvNativeWalk::Offset(const ZvNativeStream& stream, const char* name, uint64
 }
 
 void ZvNativeWalk::Sections(const ZvNativeStream& stream) {
-    if (m_cancelled || !Offset(stream, "settings", m_inner.settingsOffset) ||
-        !Offset(stream, "tables", m_inner.tablesOffset) || !Offset(stream, "clients", m_inner.clientsOffset))
+    if (m_cancelled || !Offset(stream, 52, "settings", m_inner.settingsOffset) ||
+        !Offset(stream, 44, "tables", m_inner.tablesOffset) ||
+        !Offset(stream, 36, "clients", m_inner.clientsOffset))
         return;
     // The clients come last in the file but are needed first: what an entity is depends on them.
     const bool telling = !m_quiet;

@@ -135,7 +135,8 @@ private:
     void Body(const ZvNativeStream& stream);
     void SolidBody(const ZvNativeStream& stream);
     void Sections(const ZvNativeStream& stream);
-    bool Offset(const ZvNativeStream& stream, const char* name, uint64_t offset);
+    /// `field`: where in the header the offset stands.
+    bool Offset(const ZvNativeStream& stream, uint64_t field, const char* name, uint64_t offset);
     void Settings(ZvNativeCursor cursor);
     void Clients(ZvNativeCursor cursor);
     void ClientRecords(ZvNativeCursor& cursor);
