@@ -68,12 +68,14 @@ ZvDrawing::ZvDrawing() : ZvDrawing(ZvDrawingSetup()) {}
 
 ZvDrawing::ZvDrawing(const ZvDrawingSetup& setup)
     : m_host(setup.host), m_clock(setup.clock ? setup.clock : &IZvClock::System()),
+      m_applicationSettings(setup.settings ? setup.settings : &ZvServer::Instance().Settings()),
       m_formats(setup.formats ? setup.formats : &ZvFileFormatServer::Application()) {
     Construct(false, false, setup.createDefaults, nullptr, setup.guid);
 }
 
 ZvDrawing::ZvDrawing(ZvDrawing& parent, bool useProxyTables, bool createDefaults, const Guid& guid)
-    : m_host(parent.m_host), m_clock(parent.m_clock), m_formats(parent.m_formats),
+    : m_host(parent.m_host), m_clock(parent.m_clock),
+      m_applicationSettings(parent.m_applicationSettings), m_formats(parent.m_formats),
       m_coordSystems(parent.m_coordSystems), m_geometryKernel(parent.m_geometryKernel),
       m_textMeasure(parent.m_textMeasure) {
     Construct(true, useProxyTables, createDefaults, &parent, guid);

@@ -112,6 +112,7 @@ struct ZvDrawingSetup {
     IZvHost* host = nullptr;               ///< null: silent; questions get their default answers
     const IZvClock* clock = nullptr;       ///< null: the system's
     ZvFileFormatServer* formats = nullptr; ///< null: the application's
+    ZvCore::Settings* settings = nullptr;  ///< those of the application; null: the server's
     Guid guid;                             ///< null: a new one
 };
 
@@ -153,6 +154,8 @@ public:
     /// cached from them.
     ZvCore::Settings& Settings() { return m_settings; }
     const ZvCore::Settings& Settings() const { return m_settings; }
+    /// The application's, not the drawing's own.
+    const ZvCore::Settings& ApplicationSettings() const { return *m_applicationSettings; }
     /// Vertices may be stored in steps of at most this, world units. The setting "LinearPrecision" when it is
     /// positive, else 1e-6 metres in world units.
     double LinearPrecision() const { return m_linearPrecision; }
@@ -502,6 +505,7 @@ private:
     ZvLayout* m_parentRecord = nullptr;
     IZvHost* m_host = nullptr;
     const IZvClock* m_clock = nullptr;
+    const ZvCore::Settings* m_applicationSettings = nullptr;
     ZvServer* m_server = nullptr;
     ZvFileFormatServer* m_formats = nullptr;
     IZvCoordSystems* m_coordSystems = nullptr;

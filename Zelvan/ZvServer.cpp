@@ -1,4 +1,5 @@
 #include "Zelvan/ZvServer.h"
+#include "Zelvan/DrawingAux/ZvUndoSettings.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/ZvEntityKinds.h"
 #include <algorithm>
@@ -132,4 +133,16 @@ std::unique_ptr<ZvEntity> ZvServer::NewEntity(uint16_t client, uint16_t type) co
 
 std::unique_ptr<ZvEntity> ZvServer::NewEntity(uint32_t fullCode) const {
     return NewEntity(uint16_t(fullCode >> 16), uint16_t(fullCode));
+}
+
+// --- settings ----------------------------------------------------------------------------------------------------------------
+
+void ZvServer::LoadSettings(const ZvCore::BinXmlNode& node, const IZvClock& clock) {
+    m_settings.Load(node);
+    ZvUndoSettings::Apply(m_settings, clock.Now(), ZvUndoSettings::PhysicalMemory());
+}
+
+void ZvServer::StoreSettings(ZvCore::BinXmlNode& node, const IZvClock& clock) {
+    ZvUndoSettings::Apply(m_settings, clock.Now(), ZvUndoSettings::PhysicalMemory());
+    m_settings.Store(node);
 }

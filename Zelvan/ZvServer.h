@@ -1,6 +1,7 @@
 #pragma once
 #include "ZvCore/Api.h"
 #include "ZvCore/Guid.h"
+#include "ZvCore/Settings.h"
 #include "ZvCore/ZvcEvent.h"
 #include <cstdint>
 #include <map>
@@ -9,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+class IZvClock;
 class ZvDrawing;
 class ZvEntity;
 
@@ -72,11 +74,18 @@ public:
     std::unique_ptr<ZvEntity> NewEntity(uint16_t client, uint16_t type) const;
     std::unique_ptr<ZvEntity> NewEntity(uint32_t fullCode) const;
 
+    // --- settings of the application ------------------------------------------------------------------------------------------
+    ZvCore::Settings& Settings() { return m_settings; }
+    /// Reading and writing bring the settings within their bounds (ZvUndoSettings).
+    void LoadSettings(const ZvCore::BinXmlNode& node, const IZvClock& clock);
+    void StoreSettings(ZvCore::BinXmlNode& node, const IZvClock& clock);
+
 private:
     ZvServer();
 
     std::vector<ZvDrawing*> m_drawings;
     ZvDrawing* m_current = nullptr;
+    ZvCore::Settings m_settings;
     std::map<uint16_t, Client> m_clients;
     std::map<uint32_t, Kind> m_kinds;
     /// Factories of the library's own kinds by type code: reading asks for millions.

@@ -192,6 +192,27 @@ ZV_STRING(49001, CannotUndo, "The previous operation cannot be undone")
 ZV_STRING(49002, NothingToRedo,
           "There is nothing to redo. Certain operations, including all GIS actions, cannot be redone.")
 ZV_STRING(49003, CannotRedo, "The operation '%s' cannot be redone.")
+ZV_STRING(49004, UndoStopsHere, "Cannot undo beyond this point until the current command is complete.")
+ZV_STRING(49005, UndoIsOffQuestion,
+          "No undo information has been recorded because the undo buffer size is set to zero. Do you want to "
+          "increase this value?")
+ZV_STRING(49006, UndoneVerb, "Undo %s\n")
+ZV_STRING(49007, RedoneVerb, "Redo %s\n")
+ZV_STRING(49010, UndoAdvice,
+          "The operation '%s' needs %d KB to be undone, more than the %d KB that undo information may take. It "
+          "can be undone, but nothing before it.")
+ZV_STRING(49011, UndoAdviceKeep, "Keep it")
+ZV_STRING(49012, UndoAdvicePurge, "Discard the undo information")
+ZV_STRING(49013, UndoAdviceConfigure, "Change the amount of memory for undo information...")
+ZV_STRING(49020, CreatedOnHiddenLayers, "%d objects were created on layers that are not visible.\n")
+ZV_STRING(49021, CreatedTransparent,
+          "The object created has a transparent pen and will not be visible unless selected\n")
+ZV_STRING(49050, VerbCreate, "Create")
+ZV_STRING(49051, VerbErase, "Erase")
+ZV_STRING(49052, VerbModify, "Modify")
+ZV_STRING(49053, VerbReplace, "Replace")
+ZV_STRING(49054, VerbConvert, "Convert")
+ZV_STRING(49055, VerbSeveral, "Several operations")
 
 ZV_STRING(50500, FatalErrorSave, "A fatal error has occured. Would you like to try to save your drawing?")
 ZV_STRING(50501, OutOfSync,

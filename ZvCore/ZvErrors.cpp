@@ -18,6 +18,7 @@ constexpr Row kMeanings[] = {
     {int(ZvErrorCode::TableIndex), "table record index out of range"},
     {int(ZvErrorCode::BadRecordName), "record name not allowed"},
     {int(ZvErrorCode::Checksum), "a checksum could not be computed"},
+    {int(ZvErrorCode::UnknownSection), "the section of the undo information is not open"},
     {int(ZvErrorCode::NullInSplit), "null entity while a tree node is split"},
     {int(ZvErrorCode::BlockDigest), "the digest of a block does not fit its bytes"},
     {int(ZvErrorCode::BlockStack), "a block could not be compressed or was not open"},
@@ -25,6 +26,10 @@ constexpr Row kMeanings[] = {
     {int(ZvErrorCode::BlockUnreadable), "a block could not be decompressed"},
     {int(ZvErrorCode::NullName), "null entity name"},
     {int(ZvErrorCode::NameTaken), "the entity name is taken"},
+    {int(ZvErrorCode::EntityTwiceInVerb), "the verb holds the entity already"},
+    {int(ZvErrorCode::ModifiedTwice), "the verb holds the modified entities already"},
+    {int(ZvErrorCode::UndoLayerGone), "Layer not found during Undo."},
+    {int(ZvErrorCode::UndoEntityGone), "Entity referenced by Undo/Redo operation is no longer available."},
 };
 constexpr size_t kMostRecent = 256;
 

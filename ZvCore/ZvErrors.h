@@ -16,6 +16,7 @@ enum class ZvErrorCode : int {
     TableIndex = 15,
     BadRecordName = 17,
     Checksum = 36,
+    UnknownSection = 42,
     NullInSplit = 46,
     BlockDigest = 2003,
     BlockStack = 2005, ///< compression failure, block stack underflow
@@ -23,6 +24,10 @@ enum class ZvErrorCode : int {
     BlockUnreadable = 2007,
     NullName = 10009,
     NameTaken = 10020,
+    EntityTwiceInVerb = 10040,
+    ModifiedTwice = 10041,
+    UndoLayerGone = 10042,
+    UndoEntityGone = 10043,
 };
 
 /// The numbered error reporter. An error is a number and a context text naming class and method

@@ -1,34 +1,83 @@
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/DrawingAux/IZvCommandRunner.h"
+#include "Zelvan/DrawingAux/ZvUndoSettings.h"
 #include "Zelvan/Ports/IZvHost.h"
 #include "Zelvan/Verbs/ZvVerb.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
+#include "ZvCore/ZvErrors.h"
 #include <algorithm>
+#include <exception>
+
+// Doing, undoing and redoing. What the stack forgets is in ZvVerbStackPurge.cpp.
 
 /// Raises the busy counter for a scope.
 class ZvVerbStack::Busy {
 public:
     explicit Busy(ZvVerbStack& stack) : m_stack(stack) { ++m_stack.m_busy; }
     ~Busy() { --m_stack.m_busy; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
 
 private:
     ZvVerbStack& m_stack;
 };
 
-ZvVerbStack::ZvVerbStack(ZvDrawing& drawing) : m_drawing(drawing), m_created(drawing.Clock().Now()) {}
+namespace {
+
+XStringW WithName(int text, const ZvVerb& verb) {
+    return XStringW::Format(ZvStrings::Get(text), verb.GetName().ToUtf8().c_str());
+}
+
+} // namespace
+
+ZvVerbStack::ZvVerbStack(ZvDrawing& drawing)
+    : m_drawing(drawing), m_pendingEntities(&drawing), m_deleteFromDone(&drawing),
+      m_deleteFromNeverDone(&drawing), m_created(drawing.Clock().Now()) {}
 
 ZvVerbStack::~ZvVerbStack() = default;
 
 int64_t ZvVerbStack::Budget() const {
-    return std::max<int64_t>(0, m_drawing.Settings().GetInt("UndoMem", kDefaultBudget));
+    return std::max<int64_t>(0, m_drawing.ApplicationSettings().GetInt(ZvUndoSettings::kBudgetKey,
+                                                                       ZvUndoSettings::kDefaultBudget));
+}
+
+int64_t ZvVerbStack::MaxVerbs() const {
+    return std::max<int64_t>(1, m_drawing.ApplicationSettings().GetInt(kMaxVerbsKey, kDefaultMaxVerbs));
 }
 
 int ZvVerbStack::NextSequence() {
     m_sequence = m_sequence == INT32_MAX ? 1 : m_sequence + 1;
     return m_sequence;
 }
+
+/// What a verb throws ends here: it may have done half of its work, so the history no longer holds.
+bool ZvVerbStack::RunVerb(ZvVerb& verb, Step step) {
+    try {
+        if (step == Step::Do)
+            verb.Do();
+        else if (step == Step::Undo)
+            verb.Undo();
+        else
+            return verb.IsRedoable() && verb.Redo();
+        return true;
+    } catch (const std::bad_alloc&) {
+        ZvErrors::Report(ZvErrorCode::OutOfMemory, "ZvVerbStack.RunVerb");
+    } catch (const std::exception& failure) {
+        ZvErrors::Fatal(std::string("ZvVerbStack.RunVerb: ") + failure.what());
+    }
+    m_purgePending = true;
+    return false;
+}
+
+void ZvVerbStack::Measure(Slot& slot) {
+    const size_t bytes = slot.verb->MemUsage();
+    m_bytes += bytes - slot.bytes;
+    slot.bytes = bytes;
+}
+
+// --- do ---------------------------------------------------------------------------------------------------
 
 int ZvVerbStack::DoVerb(ZvVerb* raw) {
     std::unique_ptr<ZvVerb> verb(raw);
@@ -40,182 +89,279 @@ int ZvVerbStack::DoVerb(ZvVerb* raw) {
     {
         const Busy busy(*this);
         DoVerbInternal(std::move(verb));
+        if (const ZvVerb* kept = FindSequence(sequence); kept && kept->IsUndoRequested())
+            UndoTop();
     }
-    const ZvVerb* kept = FindSequence(sequence);
-    const bool stays = kept != nullptr;
-    if (kept && kept->IsUndoRequested())
-        Undo();
     RunPending();
-    return stays ? sequence : 0;
+    return FindSequence(sequence) ? sequence : 0;
 }
 
 void ZvVerbStack::DoVerbInternal(std::unique_ptr<ZvVerb> owned) {
-    ZvVerb* verb = owned.get();
-    verb->SetParent(&m_drawing);
-    verb->UpdateLayersUsed();
-    ZvLog::Printf(ZvLog::Level::Info, "Do %s\n", verb->GetName().ToUtf8().c_str());
+    ZvVerb& verb = *owned;
+    verb.SetParent(&m_drawing);
+    verb.UpdateLayersUsed();
+    const bool log = ZvLog::IsOn();
+    const double start = log ? m_drawing.Clock().MonotonicSeconds() : 0;
+    if (log)
+        ZvLog::Printf(ZvLog::Level::Info, "Do %s\n", verb.GetName().ToUtf8().c_str());
     m_drawing.MakeCurrentDrawing();
     const ZvWaitCursor wait(m_drawing.Host());
     PurgeAfterPosition();
-    if (verb->ChangesDrawing())
+    if (verb.ChangesDrawing())
         m_drawing.SetModified();
-    Trim(*verb);
-    m_verbs.push_back(std::move(owned));
+    Trim(verb.MemUsage());
+    m_verbs.push_back({std::move(owned), 0});
     ++m_position;
-    Repaint(*verb);
-    verb->Do();
-    Repaint(*verb);
+    Measure(m_verbs.back());
+    Repaint(verb);
+    const uint32_t changes = verb.Entities().ChangeCount();
+    (void)RunVerb(verb, Step::Do);
+    if (verb.Entities().ChangeCount() != changes)
+        verb.UpdateLayersUsed();
+    Repaint(verb);
+    Measure(m_verbs.back());
     if (Budget() == 0)
         PurgeAll();
+    else
+        AdviseIfTooLarge(verb);
+    if (log)
+        ZvLog::Printf(ZvLog::Level::Info, "took %.3f ms\n",
+                      1000 * (m_drawing.Clock().MonotonicSeconds() - start));
 }
 
-/// Makes room for the incoming verb: the oldest go first, done ones only.
-void ZvVerbStack::Trim(const ZvVerb& incoming) {
-    const int64_t budget = Budget();
+/// Makes room for that many bytes and one verb: the oldest go first, done ones only.
+void ZvVerbStack::Trim(size_t incoming) {
+    const int64_t budget = Budget(), most = MaxVerbs();
     if (budget == 0)
         return;
-    int64_t held = int64_t(incoming.IsExemptFromBudget() ? 0 : incoming.MemUsage());
-    for (const auto& verb : m_verbs)
-        held += int64_t(verb->MemUsage());
-    size_t dropped = 0;
-    while (m_position - dropped >= 1 && (held > budget || m_verbs.size() - dropped + 1 > kMaxVerbs)) {
-        held -= int64_t(m_verbs[dropped]->MemUsage());
-        m_verbs[dropped++]->FlushDone();
+    while (m_position >= 1 &&
+           (int64_t(m_bytes + incoming) > budget || int64_t(m_verbs.size()) + 1 > most)) {
+        --m_position;
+        m_verbs.front().verb->FlushDone();
+        m_bytes -= m_verbs.front().bytes;
+        m_verbs.pop_front();
+        for (Section& section : m_sections)
+            section.start -= section.start > 0;
     }
-    m_verbs.erase(m_verbs.begin(), m_verbs.begin() + ptrdiff_t(dropped));
-    m_position -= dropped;
+}
+
+/// The newest verb is kept even when it is larger than the budget: the user decides.
+void ZvVerbStack::AdviseIfTooLarge(const ZvVerb& verb) {
+    const int64_t budget = Budget();
+    IZvHost* host = m_drawing.Host();
+    if (!host || int64_t(m_bytes) <= budget || m_position != 1 || verb.IsExemptFromBudget())
+        return;
+    ZvChoice choice;
+    choice.text = XStringW::Format(ZvStrings::Get(ZvStr::UndoAdvice), verb.GetName().ToUtf8().c_str(),
+                                   int(std::min<uint64_t>(m_bytes >> 10, INT32_MAX)),
+                                   int(std::min<int64_t>(budget >> 10, INT32_MAX)));
+    for (int text : {ZvStr::UndoAdviceKeep, ZvStr::UndoAdvicePurge, ZvStr::UndoAdviceConfigure})
+        choice.choices.push_back(ZvStrings::GetW(text));
+    const int chosen = host->Choose(choice);
+    if (chosen == 1)
+        PurgeUndo();
+    else if (chosen == 2)
+        (void)host->OpenConfiguration(u"MISCELLANEOUS");
+}
+
+/// Bounds that the verb answers are those of the moment, so that this stands before and after running it.
+void ZvVerbStack::Repaint(ZvVerb& verb) const {
+    if (verb.MustPaint() && m_drawing.GetViewCount() > 0) {
+        verb.Entities().RecalcBounds();
+        m_drawing.Invalidate(verb.GetBounds(nullptr));
+    }
+    if (IZvCommandRunner* processor = m_drawing.CmdProcessor())
+        processor->UpdateGrips();
+}
+
+// --- undo and redo ----------------------------------------------------------------------------------------
+
+bool ZvVerbStack::MayUndo() {
+    if (IsBusy()) {
+        ZvErrors::Fatal("ZvVerbStack.Undo: called while a verb runs");
+        return false;
+    }
+    if (m_purgePending) {
+        ZvErrors::Fatal("ZvVerbStack.Undo: a purge is pending");
+        return false;
+    }
+    const bool barred = std::any_of(m_sections.begin(), m_sections.end(), [&](const Section& section) {
+        return (section.value & kSectionBarrier) && section.start == m_position;
+    });
+    if (!barred)
+        return true;
+    if (IZvHost* host = m_drawing.Host())
+        host->Tell(ZvStrings::GetW(ZvStr::UndoStopsHere));
+    return false;
+}
+
+void ZvVerbStack::RefuseEmptyUndo() {
+    IZvHost* host = m_drawing.Host();
+    if (!host)
+        return;
+    if (Budget() != 0)
+        host->Tell(ZvStrings::GetW(ZvStr::NothingToUndo));
+    else if (host->AskYesNo(ZvStrings::GetW(ZvStr::UndoIsOffQuestion), false))
+        (void)host->OpenDrawingOptions();
 }
 
 bool ZvVerbStack::Undo() {
-    if (IsBusy())
+    if (!MayUndo())
         return false;
-    IZvHost* host = m_drawing.Host();
     if (m_position == 0) {
-        if (host)
-            host->Tell(ZvStrings::GetW(ZvStr::NothingToUndo));
+        RefuseEmptyUndo();
         return false;
     }
-    ZvVerb& verb = *m_verbs[m_position - 1];
+    const ZvVerb& verb = *m_verbs[m_position - 1].verb;
     bool quiet = false;
     if (!verb.IsUndoable(&quiet)) {
-        if (host && !quiet)
+        if (IZvHost* host = m_drawing.Host(); host && !quiet)
             host->Tell(ZvStrings::GetW(ZvStr::CannotUndo));
         PurgeUndo();
         return false;
     }
     {
         const Busy busy(*this);
-        m_drawing.MakeCurrentDrawing();
-        Repaint(verb);
-        verb.Undo();
-        Repaint(verb);
-        if (verb.ChangesDrawing())
-            m_drawing.SetModified();
-        m_drawing.Prompt(XStringW::Format("Undo %s\n", verb.GetName().ToUtf8().c_str()));
-        --m_position;
+        UndoTop();
+        if (m_drawing.Host())
+            m_drawing.Prompt(WithName(ZvStr::UndoneVerb, verb));
     }
     RunPending();
     return true;
 }
 
+void ZvVerbStack::UndoTop() {
+    Slot& slot = m_verbs[m_position - 1];
+    ZvVerb& verb = *slot.verb;
+    m_drawing.MakeCurrentDrawing();
+    Repaint(verb);
+    (void)RunVerb(verb, Step::Undo);
+    verb.RestoreSelection();
+    Repaint(verb);
+    if (verb.ChangesDrawing())
+        m_drawing.SetModified();
+    Measure(slot);
+    --m_position;
+}
+
 bool ZvVerbStack::Redo() {
-    if (IsBusy())
+    if (IsBusy()) {
+        ZvErrors::Fatal("ZvVerbStack.Redo: called while a verb runs");
         return false;
+    }
     IZvHost* host = m_drawing.Host();
     if (m_position == m_verbs.size()) {
         if (host)
             host->Tell(ZvStrings::GetW(ZvStr::NothingToRedo));
         return false;
     }
-    ZvVerb& verb = *m_verbs[m_position];
-    const XStringW name = verb.GetName();
     bool done = false;
     {
         const Busy busy(*this);
+        Slot& slot = m_verbs[m_position];
+        ZvVerb& verb = *slot.verb;
         m_drawing.MakeCurrentDrawing();
         Repaint(verb);
-        done = verb.IsRedoable() && verb.Redo();
+        done = RunVerb(verb, Step::Redo);
         Repaint(verb);
+        Measure(slot);
         if (done) {
             if (verb.ChangesDrawing())
                 m_drawing.SetModified();
-            m_drawing.Prompt(XStringW::Format("Redo %s\n", name.ToUtf8().c_str()));
+            if (host)
+                m_drawing.Prompt(WithName(ZvStr::RedoneVerb, verb));
             ++m_position;
         } else {
+            if (host)
+                host->Tell(WithName(ZvStr::CannotRedo, verb));
             PurgeAfterPosition();
         }
     }
-    if (!done && host)
-        host->Tell(XStringW::Format(ZvStrings::Get(ZvStr::CannotRedo), name.ToUtf8().c_str()));
     RunPending();
     return done;
 }
 
-void ZvVerbStack::PurgeUndo() {
-    m_purgePending = true;
-    RunPending();
-}
+// --- sections ---------------------------------------------------------------------------------------------
 
-void ZvVerbStack::RunPending() {
-    if (IsBusy() || !m_purgePending)
-        return;
-    m_purgePending = false;
-    const Busy busy(*this);
-    PurgeAll();
-}
-
-void ZvVerbStack::PurgeAfterPosition() {
-    while (m_verbs.size() > m_position) {
-        m_verbs.back()->FlushNeverDone();
-        m_verbs.pop_back();
+int ZvVerbStack::VerbBeginSection(int value) {
+    if (IsBusy())
+        return 0;
+    {
+        const Busy busy(*this);
+        PurgeAfterPosition();
     }
+    RunPending();
+    m_lastSection = m_lastSection == INT32_MAX ? 1 : m_lastSection + 1;
+    m_sections.push_back({m_lastSection, m_position, value});
+    return m_lastSection;
 }
 
-void ZvVerbStack::PurgeAll() {
-    PurgeAfterPosition();
-    for (const auto& verb : m_verbs)
-        verb->FlushDone();
-    m_verbs.clear();
-    m_position = 0;
+bool ZvVerbStack::VerbEndSection(int id, int flags) {
+    if (IsBusy())
+        return false;
+    const auto section = std::find_if(m_sections.begin(), m_sections.end(),
+                                      [id](const Section& open) { return open.id == id; });
+    if (section == m_sections.end()) {
+        ZvErrors::Report(ZvErrorCode::UnknownSection, "ZvVerbStack.VerbEndSection");
+        return false;
+    }
+    const size_t start = section->start;
+    m_sections.erase(section);
+    return !(flags & kSectionRollBack) || RollBack(start);
 }
 
-void ZvVerbStack::Repaint(const ZvVerb& verb) {
-    if (verb.MustPaint() && m_drawing.GetViewCount() > 0)
-        m_drawing.Invalidate(verb.GetBounds(nullptr));
-    if (IZvCommandRunner* processor = m_drawing.CmdProcessor())
-        processor->UpdateGrips();
+/// Undoes the verbs from `start` on, without a word to the user, and forgets them.
+bool ZvVerbStack::RollBack(size_t start) {
+    bool undoable = true;
+    {
+        const Busy busy(*this);
+        while (undoable && m_position > start) {
+            undoable = m_verbs[m_position - 1].verb->IsUndoable();
+            if (undoable)
+                UndoTop();
+        }
+        if (undoable)
+            PurgeAfterPosition();
+        ClampSections();
+    }
+    if (!undoable) {
+        if (IZvHost* host = m_drawing.Host())
+            host->Tell(ZvStrings::GetW(ZvStr::CannotUndo));
+        PurgeUndo();
+    }
+    RunPending();
+    return undoable;
+}
+
+/// Sections that began above the current position begin there now.
+void ZvVerbStack::ClampSections() {
+    for (Section& section : m_sections)
+        section.start = std::min(section.start, m_position);
 }
 
 // --- what is on the stack ---------------------------------------------------------------------------------
 
-size_t ZvVerbStack::MemUsage() const {
-    size_t bytes = 0;
-    for (const auto& verb : m_verbs)
-        bytes += verb->MemUsage();
-    return bytes;
-}
-
 ZvVerb* ZvVerbStack::GetVerb(int index) const {
-    return index >= 0 && index < StackSize() ? m_verbs[size_t(index)].get() : nullptr;
+    return index >= 0 && index < StackSize() ? m_verbs[size_t(index)].verb.get() : nullptr;
 }
 
 ZvVerb* ZvVerbStack::FindSequence(int sequence) const {
-    for (auto verb = m_verbs.rbegin(); verb != m_verbs.rend(); ++verb)
-        if ((*verb)->Sequence() == sequence)
-            return verb->get();
+    for (auto slot = m_verbs.rbegin(); slot != m_verbs.rend(); ++slot)
+        if (slot->verb->Sequence() == sequence)
+            return slot->verb.get();
     return nullptr;
 }
 
 std::vector<ZvVerb*> ZvVerbStack::GetVerbStack() const {
     std::vector<ZvVerb*> verbs;
-    for (const auto& verb : m_verbs)
-        verbs.push_back(verb.get());
+    for (const Slot& slot : m_verbs)
+        verbs.push_back(slot.verb.get());
     return verbs;
 }
 
 std::set<uint32_t> ZvVerbStack::EntitiesInUse() const {
     std::set<uint32_t> names;
-    for (const auto& verb : m_verbs)
-        verb->CollectEntities(names);
+    for (const Slot& slot : m_verbs)
+        slot.verb->CollectEntities(names);
     return names;
 }

@@ -27,6 +27,14 @@ struct ZvQuestion {
     }
 };
 
+/// Several courses of action to choose from.
+struct ZvChoice {
+    XStringW text;
+    std::vector<XStringW> choices;
+    int defaultChoice = 0; ///< of a host that has nobody to ask
+    XStringW title;        ///< empty: the program's name
+};
+
 /// A file to choose.
 struct ZvFileRequest {
     struct Filter {
@@ -65,6 +73,17 @@ public:
     bool AskYesNo(const XStringW& text, bool defaultYes, const XStringW& title = {}) {
         return Ask(ZvQuestion::YesNo(text, defaultYes ? ZvAnswer::Yes : ZvAnswer::No, title)) ==
                ZvAnswer::Yes;
+    }
+    /// Index of the choice. Hosts without such a dialog tell the text and take the default.
+    virtual int Choose(const ZvChoice& choice) {
+        Tell(choice.text, choice.title);
+        return choice.defaultChoice;
+    }
+    /// Dialogs for settings; false when the host has none.
+    virtual bool OpenDrawingOptions() { return false; }
+    virtual bool OpenConfiguration(const XStringW& page) {
+        (void)page;
+        return false;
     }
     /// The errors of one load or save under a heading; never called with an empty set.
     virtual void ShowErrors(const XStringW& heading, const IOErrorSet& errors) = 0;

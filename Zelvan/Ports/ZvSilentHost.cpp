@@ -29,6 +29,16 @@ ZvAnswer ZvSilentHost::Ask(const ZvQuestion& question) {
     return question.defaultAnswer;
 }
 
+int ZvSilentHost::Choose(const ZvChoice& choice) {
+    const bool known = choice.defaultChoice >= 0 && size_t(choice.defaultChoice) < choice.choices.size();
+    ZvLog::Write(ZvLog::Level::Info,
+                 "choice: " + choice.text.ToUtf8() + " - answered " +
+                     (known ? choice.choices[size_t(choice.defaultChoice)].ToUtf8() : std::string("nothing")));
+    m_questions.push_back(
+        {{choice.text, ZvQuestion::Buttons::Ok, ZvAnswer::Ok, choice.title}, ZvAnswer::Ok});
+    return choice.defaultChoice;
+}
+
 void ZvSilentHost::ShowErrors(const XStringW& heading, const IOErrorSet& errors) {
     ZvLog::Write(ZvLog::Level::Error, heading.ToUtf8() + "\n" + errors.ToString());
 }

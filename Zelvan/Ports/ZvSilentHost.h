@@ -18,6 +18,8 @@ public:
     bool IsWaiting() const { return m_waits > 0; }
 
     ZvAnswer Ask(const ZvQuestion& question) override;
+    /// The default choice; kept among the questions as a message.
+    int Choose(const ZvChoice& choice) override;
     void ShowErrors(const XStringW& heading, const IOErrorSet& errors) override;
     /// Cancels, always.
     std::vector<std::filesystem::path> AskFile(ZvFileRequest& request) override;

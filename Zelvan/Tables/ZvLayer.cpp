@@ -328,7 +328,7 @@ bool ZvLayer::ContentsOut(ZvNativeDesc& desc) const {
     desc.Native().WriteEntityChunks(entities);
     if (desc.File().Error() || desc.Native().IsAborted())
         return true;
-    if (!m_attributes)
+    if (!m_attributes || m_attributes->IsEmpty())
         return !desc.WriteValue(uint8_t(0));
     const ZvEntityNameTable& names = desc.Drawing().NameTable();
     const auto saved = [&](ZvName name) {

@@ -1,5 +1,32 @@
 #include "Zelvan/Verbs/ZvVerb.h"
+#include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/DrawingAux/ZvEntityAssociator.h"
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
+#include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/ZvDrawing.h"
+#include "ZvCore/ZvErrors.h"
 #include <algorithm>
+#include <unordered_map>
+
+/// What became of what, and what GiveMeta gave, in order.
+struct ZvVerb::Lineage {
+    struct GivenRow {
+        ZvLayer* layer;
+        uint32_t name;
+        int fieldsBefore;
+    };
+    std::vector<Pair> pairs, metaPairs;
+    std::vector<GivenRow> rows;
+    std::vector<Pair> partners;
+
+    size_t MemUsage() const {
+        return sizeof(*this) + (pairs.capacity() + metaPairs.capacity() + partners.capacity()) * sizeof(Pair) +
+               rows.capacity() * sizeof(GivenRow);
+    }
+};
+
+ZvVerb::ZvVerb(ZvDrawing* drawing) : m_drawing(drawing), m_entities(drawing) {}
 
 ZvVerb::~ZvVerb() = default;
 
@@ -8,7 +35,9 @@ ZvBounds3D ZvVerb::GetBounds(const ZvScaleSetup* scale) const {
 }
 
 size_t ZvVerb::MemUsage() const {
-    return sizeof(*this) - sizeof(m_entities) + m_entities.MemUsage();
+    return sizeof(*this) - sizeof(m_entities) + m_entities.MemUsage() + m_layers.capacity() * sizeof(ZvLayer*) +
+           (m_lineage ? m_lineage->MemUsage() : 0) +
+           (m_formerSelection ? m_formerSelection->capacity() * sizeof(uint32_t) : 0);
 }
 
 bool ZvVerb::IsUndoable(bool* quiet) const {
@@ -22,13 +51,17 @@ bool ZvVerb::Redo() {
     return true;
 }
 
-void ZvVerb::UpdateLayersUsed() {
-    m_entities.FreshenLayersUsed();
-    m_layers = m_entities.GetLayersUsed();
-}
-
 void ZvVerb::RemoveFromSet(const ZvSelection& leaving) {
     m_entities.Remove(leaving);
+    if (!m_lineage)
+        return;
+    const auto gone = [&](const Pair& pair) {
+        return leaving.Contains(ZvName(pair.from)) || leaving.Contains(ZvName(pair.to));
+    };
+    std::erase_if(m_lineage->pairs, gone);
+    std::erase_if(m_lineage->metaPairs, gone);
+    std::erase_if(m_lineage->partners, gone);
+    std::erase_if(m_lineage->rows, [&](const auto& row) { return leaving.Contains(ZvName(row.name)); });
 }
 
 void ZvVerb::ReplaceSet(const ZvSelection& entities) {
@@ -50,7 +83,189 @@ void ZvVerb::SetParent(ZvDrawing* drawing) {
     m_entities.SetParentDrawing(drawing);
 }
 
+// --- layers -----------------------------------------------------------------------------------------------
+
+void ZvVerb::UpdateLayersUsed() {
+    ZvLayer* last = nullptr;
+    for (int i = 0; i < m_entities.Count(); ++i)
+        if (const ZvEntity* entity = m_entities.GetEntityQuietNoCheck(i))
+            if (ZvLayer* layer = entity->GetLayer(); layer != last)
+                AddLayerUsed(last = layer);
+}
+
+void ZvVerb::AddLayerUsed(ZvLayer* layer) {
+    const auto place = std::lower_bound(m_layers.begin(), m_layers.end(), layer);
+    if (layer && (place == m_layers.end() || *place != layer))
+        m_layers.insert(place, layer);
+}
+
 bool ZvVerb::UsesLayers(const std::set<ZvLayer*>& layers) const {
     return std::any_of(m_layers.begin(), m_layers.end(),
                        [&](ZvLayer* layer) { return layers.count(layer) != 0; });
+}
+
+// --- what became of what ----------------------------------------------------------------------------------
+
+ZvVerb::Lineage& ZvVerb::NeedLineage() {
+    if (!m_lineage)
+        m_lineage = std::make_unique<Lineage>();
+    return *m_lineage;
+}
+
+void ZvVerb::MakePairsNTo1(const ZvSelection& from, ZvName to) {
+    for (uint32_t name : from.Names())
+        NeedLineage().pairs.push_back({name, to.value});
+}
+
+void ZvVerb::MakePairs1ToN(ZvName from, const ZvSelection& to) {
+    for (uint32_t name : to.Names())
+        NeedLineage().pairs.push_back({from.value, name});
+}
+
+void ZvVerb::AddMetaPair(ZvName from, ZvName to) {
+    if (!from.IsNull() && !to.IsNull() && from.value != to.value)
+        NeedLineage().metaPairs.push_back({from.value, to.value});
+}
+
+void ZvVerb::AddMetaPairs(const std::vector<Pair>& pairs) {
+    for (const Pair& pair : pairs)
+        AddMetaPair(ZvName(pair.from), ZvName(pair.to));
+}
+
+const std::vector<ZvVerb::Pair>& ZvVerb::Pairs() const {
+    static const std::vector<Pair> none;
+    return m_lineage ? m_lineage->pairs : none;
+}
+
+const std::vector<ZvVerb::Pair>& ZvVerb::MetaPairs() const {
+    static const std::vector<Pair> none;
+    return m_lineage ? m_lineage->metaPairs : none;
+}
+
+void ZvVerb::GiveMeta() {
+    if (!m_lineage || !m_drawing)
+        return;
+    ZvEntityAssociator& associator = *m_drawing->EntityAssociator();
+    for (const Pair& pair : m_lineage->metaPairs) {
+        const ZvName from(pair.from), to(pair.to);
+        const ZvEntity *source = m_drawing->GetEntity(from), *heir = m_drawing->GetEntity(to);
+        ZvLayer* former = source ? source->GetLayer() : nullptr;
+        ZvLayer* layer = heir ? heir->GetLayer() : nullptr;
+        if (former && layer && former->AttributesOrNull() && former->AttributesOrNull()->HasRow(from)) {
+            const ZvAttributeTable* own = layer->AttributesOrNull();
+            if (!own || !own->HasRow(to)) {
+                m_lineage->rows.push_back({layer, pair.to, own ? own->FieldCount() : 0});
+                layer->CopyAttributes(to, *former, from);
+            }
+        }
+        for (ZvName partner : associator.GetAssociates(from))
+            if (associator.Associate(to, partner))
+                m_lineage->partners.push_back({pair.to, partner.value});
+    }
+}
+
+void ZvVerb::TakeBackMeta() {
+    if (!m_lineage || !m_drawing)
+        return;
+    for (; !m_lineage->partners.empty(); m_lineage->partners.pop_back()) {
+        const Pair& pair = m_lineage->partners.back();
+        (void)m_drawing->EntityAssociator()->Dissociate(ZvName(pair.from), ZvName(pair.to));
+    }
+    for (; !m_lineage->rows.empty(); m_lineage->rows.pop_back()) {
+        const Lineage::GivenRow& given = m_lineage->rows.back();
+        ZvAttributeTable& table = given.layer->Attributes();
+        table.RemoveRow(ZvName(given.name));
+        while (table.FieldCount() > given.fieldsBefore && table.RemoveField(table.FieldCount() - 1)) {
+        }
+    }
+}
+
+// --- the current selection --------------------------------------------------------------------------------
+
+namespace {
+
+/// Looks for a common member from the shorter side.
+bool Meet(const ZvSelection& a, const ZvSelection& b) {
+    return a.Count() <= b.Count() ? a.PositiveUnion(b) : b.PositiveUnion(a);
+}
+
+/// The verb repaints what it touches: single entities need not.
+void ChangeQuietly(ZvDrawing& drawing, const ZvSelection& selection) {
+    ZvEntity::SuppressSelectionNotifications(true);
+    (void)drawing.ChangeSelection(selection);
+    ZvEntity::SuppressSelectionNotifications(false);
+}
+
+} // namespace
+
+void ZvVerb::LeaveSelection(const ZvSelection& leaving, bool note) {
+    const ZvSelection& current = m_drawing->CurrentSelection();
+    if (current.IsEmpty() || !Meet(current, leaving))
+        return;
+    if (note)
+        m_formerSelection = std::make_unique<std::vector<uint32_t>>(current.Names());
+    ZvSelection rest(current);
+    rest.Remove(leaving);
+    ChangeQuietly(*m_drawing, rest);
+}
+
+void ZvVerb::SwapInSelection(const std::vector<uint32_t>& from, const std::vector<uint32_t>& to) {
+    const ZvSelection& current = m_drawing->CurrentSelection();
+    if (current.IsEmpty())
+        return;
+    std::unordered_map<uint32_t, uint32_t> heirs;
+    for (size_t i = 0; i < from.size() && i < to.size(); ++i)
+        heirs.emplace(from[i], to[i]);
+    ZvSelection next(m_drawing);
+    for (uint32_t name : current.Names()) {
+        const auto heir = heirs.find(name);
+        next.Insert(ZvName(heir == heirs.end() ? name : heir->second));
+    }
+    ChangeQuietly(*m_drawing, next);
+}
+
+void ZvVerb::RestoreSelection() {
+    if (!m_formerSelection || !m_drawing)
+        return;
+    ZvSelection former(m_drawing);
+    former.BeginUniqueInsertion();
+    for (uint32_t name : *m_formerSelection)
+        if (const ZvEntity* entity = m_drawing->GetEntity(ZvName(name)); entity && !entity->IsErased())
+            former.Insert(ZvName(name));
+    former.FinishUniqueInsertion();
+    m_formerSelection.reset();
+    ChangeQuietly(*m_drawing, former);
+}
+
+// --- entities ---------------------------------------------------------------------------------------------
+
+bool ZvVerb::AllExist(const std::vector<uint32_t>& names, const char* context) const {
+    if (m_drawing && std::all_of(names.begin(), names.end(),
+                                 [&](uint32_t name) { return m_drawing->NameTable().Exists(ZvName(name)); }))
+        return true;
+    ZvErrors::Report(ZvErrorCode::UndoEntityGone, context);
+    return false;
+}
+
+void ZvVerb::SetErased(const std::vector<uint32_t>& names, bool erased, const char* context) const {
+    for (uint32_t name : names)
+        if (ZvEntity* entity = m_drawing->GetEntity(ZvName(name)))
+            entity->SetErased(erased);
+        else
+            ZvErrors::Report(ZvErrorCode::UndoEntityGone, context);
+}
+
+void ZvVerb::ManageEntityDeletion(const std::vector<uint32_t>& names) {
+    if (!m_drawing || m_drawing->Destroying())
+        return;
+    const ZvVerbStack& stack = *m_drawing->Verbs();
+    for (uint32_t number : names) {
+        const ZvName name(number);
+        ZvEntity* entity = m_drawing->GetEntity(name);
+        if (!entity || !entity->IsErased() || stack.IsHeldByKeptVerb(number))
+            continue;
+        if (ZvLayer* layer = entity->GetLayer(); layer && layer->AttributesOrNull())
+            layer->Attributes().RemoveRow(name);
+        entity->RemoveAndDelete();
+    }
 }

@@ -1,10 +1,13 @@
 #pragma once
 #include "Zelvan/ZvBounds.h"
+#include "Zelvan/ZvName.h"
 #include "Zelvan/ZvSelection.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/XString.h"
 #include <cstdint>
+#include <memory>
 #include <set>
+#include <vector>
 
 class ZvDrawing;
 class ZvLayer;
@@ -14,8 +17,9 @@ struct ZvScaleSetup;
 /// their pointers, save for entities that it owns.
 ///
 /// Do and Undo never free an entity: erasing flags it, undoing clears the flag. Entities are freed when the
-/// verb is flushed. The virtual operations stand in a fixed order (plug-ins depend on it): add new ones at
-/// the end only.
+/// verb is flushed. Do, Undo and Redo leave the drawing as it was, or wholly changed, and never throw.
+///
+/// The virtual operations stand in a fixed order (plug-ins depend on it): add new ones at the end only.
 class ZV_API ZvVerb {
 public:
     enum class Kind : int {
@@ -23,14 +27,28 @@ public:
         Aggregate,
         New,
         Erase,
-        Modify,
+        Modify, ///< copies before and after
         MoveToLayer,
         Transform,
         Selection,
-        DrawOrder
+        DrawOrder,
+        PaperAggregate,
+        NewDualSource,
+        Replace, ///< one entity for another
+        Convert,
+        Tiny,
+        PropertyChange,
+        TextChange,
+        MoveGrip,
+        Record, ///< records of tables
+    };
+    /// What became of what; names.
+    struct Pair {
+        uint32_t from = 0, to = 0;
+        friend bool operator==(const Pair&, const Pair&) = default;
     };
 
-    explicit ZvVerb(ZvDrawing* drawing = nullptr) : m_drawing(drawing), m_entities(drawing) {}
+    explicit ZvVerb(ZvDrawing* drawing = nullptr);
     ZvVerb(const ZvVerb&) = delete;
     ZvVerb& operator=(const ZvVerb&) = delete;
 
@@ -40,13 +58,14 @@ public:
     virtual ZvBounds3D GetBounds(const ZvScaleSetup* scale) const;
     /// Whether views must repaint the bounds.
     virtual bool MustPaint() const { return true; }
-    /// Leaves the bottom of the stack as done: releases what only undoing needed.
+    /// Leaves the bottom of the stack as done: releases what only undoing needed. Verbs below are gone.
     virtual void FlushDone() {}
-    /// Is discarded while undone: releases what only redoing needed.
+    /// Is discarded while undone: releases what only redoing needed. Verbs above are gone.
     virtual void FlushNeverDone() {}
     /// For users, English.
     virtual XStringW DefaultName() const = 0;
-    /// Bytes held for undo, the verb included.
+    /// Bytes held for undo, the verb included. The stack asks when it has run the verb, so the answer should not
+    /// take a walk through the entities.
     virtual size_t MemUsage() const;
     /// Whether doing it makes the drawing differ from its file.
     virtual bool ChangesDrawing() const { return true; }
@@ -59,8 +78,9 @@ public:
     virtual bool IsRedoable() const { return true; }
     /// False when it cannot be done again; the drawing is then as before.
     virtual bool Redo();
-    /// The memory budget does not count for it.
+    /// The user is not told when the verb alone exceeds the undo memory budget.
     virtual bool IsExemptFromBudget() const { return false; }
+    /// Notes the layers of the affected entities, in addition to those noted before. Asked before and after Do.
     virtual void UpdateLayersUsed();
     /// Forgets the entities, which are about to be deleted for good.
     virtual void RemoveFromSet(const ZvSelection& leaving);
@@ -85,12 +105,48 @@ public:
     bool IsUndoRequested() const { return m_undoAtOnce; }
     bool UsesLayers(const std::set<ZvLayer*>& layers) const;
 
+    // --- what became of what ------------------------------------------------------------------------------
+    void MakePairsNTo1(const ZvSelection& from, ZvName to);
+    void MakePairs1ToN(ZvName from, const ZvSelection& to);
+    /// Associated data of `from` (feature attributes, partners in the entity associator) goes to `to` as well
+    /// when the verb is done, unless `to` has such data of its own. Of several sources the first with a row of
+    /// attributes gives it.
+    void AddMetaPair(ZvName from, ZvName to);
+    void AddMetaPairs(const std::vector<Pair>& pairs);
+    const std::vector<Pair>& Pairs() const;
+    const std::vector<Pair>& MetaPairs() const;
+
+    /// By the stack, after Undo: brings back the current selection as it was before Do, if Do changed it.
+    virtual void RestoreSelection();
+
 protected:
-    std::set<ZvLayer*> m_layers;
+    /// Gives associated data to its heirs, and takes back what was given. For Do, Undo and Redo of kinds
+    /// that make entities; both do nothing without meta pairs.
+    void GiveMeta();
+    void TakeBackMeta();
+    /// Takes the entities out of the drawing's current selection, which is noted for RestoreSelection when
+    /// `note` and it changes.
+    void LeaveSelection(const ZvSelection& leaving, bool note);
+    /// Members of the current selection that stand in `from` give way to those at the same place in `to`.
+    void SwapInSelection(const std::vector<uint32_t>& from, const std::vector<uint32_t>& to);
+    /// Deletes those of the entities that nothing can bring back: erased, and not held by another verb that
+    /// stays on the stack.
+    void ManageEntityDeletion(const std::vector<uint32_t>& names);
+    /// False, error 10043 reported with the context, when one of the entities is gone.
+    bool AllExist(const std::vector<uint32_t>& names, const char* context) const;
+    /// Sets or clears the erased flag. Entities that are gone are reported (10043) and left out.
+    void SetErased(const std::vector<uint32_t>& names, bool erased, const char* context) const;
+    void AddLayerUsed(ZvLayer* layer);
 
 private:
+    struct Lineage;
+    Lineage& NeedLineage();
+
     ZvDrawing* m_drawing;
     ZvSelection m_entities;
+    std::vector<ZvLayer*> m_layers; // ascending
+    std::unique_ptr<Lineage> m_lineage;
+    std::unique_ptr<std::vector<uint32_t>> m_formerSelection;
     int m_sequence = 0;
     bool m_undoAtOnce = false;
     XStringW m_name;

@@ -8,8 +8,6 @@ namespace {
 
 class ZvVerbStackTest : public ::testing::Test {
 protected:
-    ZvVerbStackTest() { drawing.SetHost(&host); }
-
     /// Writes down what happens to it: "+a" done, "-a" undone, "done a" and "never a" flushed.
     struct Logged : ZvVerb {
         Logged(std::vector<std::string>& to, std::string n, size_t memory = 0)
@@ -48,7 +46,8 @@ protected:
 
     std::vector<std::string> log;
     ZvSilentHost host;
-    ZvDrawing drawing;
+    ZvCore::Settings settings; // the application's
+    ZvDrawing drawing{ZvDrawingSetup{.host = &host, .settings = &settings}};
     ZvVerbStack& stack = *drawing.Verbs();
 };
 
@@ -112,7 +111,7 @@ TEST_F(ZvVerbStackTest, VerbThatCannotBeRedoneTakesThoseAboveWithIt) {
 }
 
 TEST_F(ZvVerbStackTest, BudgetDropsTheOldestAndKeepsTheNewest) {
-    drawing.Settings().Set("UndoMem", int64_t(100));
+    settings.Set("UndoMem", int64_t(100));
     for (const char* id : {"a", "b", "c"})
         drawing.DoVerb(Verb(id, 40));
     EXPECT_EQ(stack.StackSize(), 2);
@@ -121,7 +120,7 @@ TEST_F(ZvVerbStackTest, BudgetDropsTheOldestAndKeepsTheNewest) {
     EXPECT_NE(drawing.DoVerb(Verb("huge", 5000)), 0);
     EXPECT_EQ(stack.StackSize(), 1);
     EXPECT_TRUE(stack.Undo());
-    drawing.Settings().Set("UndoMem", int64_t(0));
+    settings.Set("UndoMem", int64_t(0));
     EXPECT_EQ(drawing.DoVerb(Verb("d", 1)), 0) << "undo is off";
     EXPECT_EQ(stack.StackSize(), 0);
 }
