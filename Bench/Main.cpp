@@ -9,7 +9,8 @@ struct Part {
     void (*run)(Report&);
 };
 constexpr Part kParts[] = {{"io", BenchIo},       {"memory", BenchMemory}, {"tree", BenchTree},
-                           {"names", BenchNames}, {"frame", BenchFrame},   {"scaling", BenchScaling}};
+                           {"names", BenchNames}, {"frame", BenchFrame},   {"scaling", BenchScaling},
+                           {"undo", BenchUndo}};
 
 } // namespace
 

@@ -35,3 +35,4 @@ void BenchTree(Report& report);
 void BenchNames(Report& report);
 void BenchFrame(Report& report);
 void BenchScaling(Report& report);
+void BenchUndo(Report& report);

@@ -56,8 +56,15 @@ int64_t ZvNativeFile::Impl::WriteOneChunk(const std::vector<ZvEntity*>& entities
     return written;
 }
 
-int64_t ZvNativeFile::WriteEntityChunks(const std::vector<ZvEntity*>& entities) {
+int64_t ZvNativeFile::WriteEntityChunks(const std::vector<ZvEntity*>& inTreeOrder) {
     Impl& impl = *m_impl;
+    std::vector<ZvEntity*> byName;
+    if (impl.options.orderByName) {
+        byName = inTreeOrder;
+        std::sort(byName.begin(), byName.end(),
+                  [](const ZvEntity* a, const ZvEntity* b) { return a->Name32() < b->Name32(); });
+    }
+    const std::vector<ZvEntity*>& entities = impl.options.orderByName ? byName : inTreeOrder;
     ZvNativeDesc& desc = *impl.desc;
     const uint64_t start = desc.Position();
     const uint8_t placeholder[kHeadSize] = {};

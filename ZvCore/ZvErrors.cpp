@@ -28,8 +28,8 @@ constexpr Row kMeanings[] = {
     {int(ZvErrorCode::NameTaken), "the entity name is taken"},
     {int(ZvErrorCode::EntityTwiceInVerb), "the verb holds the entity already"},
     {int(ZvErrorCode::ModifiedTwice), "the verb holds the modified entities already"},
-    {int(ZvErrorCode::UndoLayerGone), "Layer not found during Undo."},
-    {int(ZvErrorCode::UndoEntityGone), "Entity referenced by Undo/Redo operation is no longer available."},
+    {int(ZvErrorCode::VerbLayerGone), "Layer not found during Undo."},
+    {int(ZvErrorCode::VerbEntityGone), "Entity referenced by Undo/Redo operation is no longer available."},
 };
 constexpr size_t kMostRecent = 256;
 

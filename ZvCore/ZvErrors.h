@@ -26,8 +26,8 @@ enum class ZvErrorCode : int {
     NameTaken = 10020,
     EntityTwiceInVerb = 10040,
     ModifiedTwice = 10041,
-    UndoLayerGone = 10042,
-    UndoEntityGone = 10043,
+    VerbLayerGone = 10042,
+    VerbEntityGone = 10043,
 };
 
 /// The numbered error reporter. An error is a number and a context text naming class and method

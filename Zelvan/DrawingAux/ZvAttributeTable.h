@@ -15,7 +15,7 @@ class ZvNativeDesc;
 /// are no rows.
 ///
 /// Rows are found by entity name in constant time. Row numbers are positions in the columns: they stay valid
-/// until rows are removed (removed rows leave a gap until Compact) and give the order of saving.
+/// until rows are removed (removed rows leave a gap until Compact). Files hold them in the order of names.
 class ZV_API ZvAttributeTable {
 public:
     using Type = ZvAttributeColumn::Type;

@@ -133,6 +133,10 @@ bool ZvAttributeTable::NativeOut(ZvNativeDesc& desc, const std::function<bool(Zv
     for (size_t row = 0; row < m_names.size(); ++row)
         if (!m_names[row].IsNull() && saved(m_names[row]))
             rows.push_back(uint32_t(row));
+    // By name, so that rows which left and came back leave no trace.
+    const auto byName = [this](uint32_t a, uint32_t b) { return m_names[a] < m_names[b]; };
+    if (!std::is_sorted(rows.begin(), rows.end(), byName))
+        std::sort(rows.begin(), rows.end(), byName);
     const size_t perBlock =
         std::clamp<size_t>(kBlockBytes / (m_columns.size() * kValueBytes + 4), 256, 65536);
     const auto blocks = uint32_t((rows.size() + perBlock - 1) / perBlock);

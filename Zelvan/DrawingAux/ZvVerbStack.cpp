@@ -134,8 +134,7 @@ void ZvVerbStack::Trim(size_t incoming) {
     const int64_t budget = Budget(), most = MaxVerbs();
     if (budget == 0)
         return;
-    while (m_position >= 1 &&
-           (int64_t(m_bytes + incoming) > budget || int64_t(m_verbs.size()) + 1 > most)) {
+    while (m_position >= 1 && (int64_t(m_bytes + incoming) > budget || int64_t(m_verbs.size()) + 1 > most)) {
         --m_position;
         m_verbs.front().verb->FlushDone();
         m_bytes -= m_verbs.front().bytes;

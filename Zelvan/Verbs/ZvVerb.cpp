@@ -21,7 +21,8 @@ struct ZvVerb::Lineage {
     std::vector<Pair> partners;
 
     size_t MemUsage() const {
-        return sizeof(*this) + (pairs.capacity() + metaPairs.capacity() + partners.capacity()) * sizeof(Pair) +
+        return sizeof(*this) +
+               (pairs.capacity() + metaPairs.capacity() + partners.capacity()) * sizeof(Pair) +
                rows.capacity() * sizeof(GivenRow);
     }
 };
@@ -35,8 +36,8 @@ ZvBounds3D ZvVerb::GetBounds(const ZvScaleSetup* scale) const {
 }
 
 size_t ZvVerb::MemUsage() const {
-    return sizeof(*this) - sizeof(m_entities) + m_entities.MemUsage() + m_layers.capacity() * sizeof(ZvLayer*) +
-           (m_lineage ? m_lineage->MemUsage() : 0) +
+    return sizeof(*this) - sizeof(m_entities) + m_entities.MemUsage() +
+           m_layers.capacity() * sizeof(ZvLayer*) + (m_lineage ? m_lineage->MemUsage() : 0) +
            (m_formerSelection ? m_formerSelection->capacity() * sizeof(uint32_t) : 0);
 }
 
@@ -86,9 +87,13 @@ void ZvVerb::SetParent(ZvDrawing* drawing) {
 // --- layers -----------------------------------------------------------------------------------------------
 
 void ZvVerb::UpdateLayersUsed() {
+    AddLayersOf(m_entities);
+}
+
+void ZvVerb::AddLayersOf(const ZvSelection& entities) {
     ZvLayer* last = nullptr;
-    for (int i = 0; i < m_entities.Count(); ++i)
-        if (const ZvEntity* entity = m_entities.GetEntityQuietNoCheck(i))
+    for (int i = 0; i < entities.Count(); ++i)
+        if (const ZvEntity* entity = entities.GetEntityQuietNoCheck(i))
             if (ZvLayer* layer = entity->GetLayer(); layer != last)
                 AddLayerUsed(last = layer);
 }
@@ -112,14 +117,18 @@ ZvVerb::Lineage& ZvVerb::NeedLineage() {
     return *m_lineage;
 }
 
+void ZvVerb::MakePair(ZvName from, ZvName to) {
+    NeedLineage().pairs.push_back({from.value, to.value});
+}
+
 void ZvVerb::MakePairsNTo1(const ZvSelection& from, ZvName to) {
     for (uint32_t name : from.Names())
-        NeedLineage().pairs.push_back({name, to.value});
+        MakePair(ZvName(name), to);
 }
 
 void ZvVerb::MakePairs1ToN(ZvName from, const ZvSelection& to) {
     for (uint32_t name : to.Names())
-        NeedLineage().pairs.push_back({from.value, name});
+        MakePair(from, ZvName(name));
 }
 
 void ZvVerb::AddMetaPair(ZvName from, ZvName to) {
@@ -175,8 +184,7 @@ void ZvVerb::TakeBackMeta() {
         const Lineage::GivenRow& given = m_lineage->rows.back();
         ZvAttributeTable& table = given.layer->Attributes();
         table.RemoveRow(ZvName(given.name));
-        while (table.FieldCount() > given.fieldsBefore && table.RemoveField(table.FieldCount() - 1)) {
-        }
+        while (table.FieldCount() > given.fieldsBefore && table.RemoveField(table.FieldCount() - 1)) {}
     }
 }
 
@@ -243,16 +251,28 @@ bool ZvVerb::AllExist(const std::vector<uint32_t>& names, const char* context) c
     if (m_drawing && std::all_of(names.begin(), names.end(),
                                  [&](uint32_t name) { return m_drawing->NameTable().Exists(ZvName(name)); }))
         return true;
-    ZvErrors::Report(ZvErrorCode::UndoEntityGone, context);
+    ZvErrors::Report(ZvErrorCode::VerbEntityGone, context);
     return false;
 }
 
-void ZvVerb::SetErased(const std::vector<uint32_t>& names, bool erased, const char* context) const {
+size_t ZvVerb::SetErased(const std::vector<uint32_t>& names, bool erased, const char* context) const {
+    size_t bytes = 0;
     for (uint32_t name : names)
-        if (ZvEntity* entity = m_drawing->GetEntity(ZvName(name)))
+        if (ZvEntity* entity = m_drawing->GetEntity(ZvName(name))) {
             entity->SetErased(erased);
-        else
-            ZvErrors::Report(ZvErrorCode::UndoEntityGone, context);
+            bytes += entity->MemUsage();
+        } else {
+            ZvErrors::Report(ZvErrorCode::VerbEntityGone, context);
+        }
+    return bytes;
+}
+
+size_t ZvVerb::MemUsageOf(const ZvSelection& entities) {
+    size_t bytes = 0;
+    for (int i = 0; i < entities.Count(); ++i)
+        if (const ZvEntity* entity = entities.GetEntityQuietNoCheck(i))
+            bytes += entity->MemUsage();
+    return bytes;
 }
 
 void ZvVerb::ManageEntityDeletion(const std::vector<uint32_t>& names) {

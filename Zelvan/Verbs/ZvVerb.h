@@ -103,9 +103,10 @@ public:
     /// Asks the stack, from within Do, to undo the verb right away.
     void RequestUndo() { m_undoAtOnce = true; }
     bool IsUndoRequested() const { return m_undoAtOnce; }
-    bool UsesLayers(const std::set<ZvLayer*>& layers) const;
+    virtual bool UsesLayers(const std::set<ZvLayer*>& layers) const;
 
     // --- what became of what ------------------------------------------------------------------------------
+    void MakePair(ZvName from, ZvName to);
     void MakePairsNTo1(const ZvSelection& from, ZvName to);
     void MakePairs1ToN(ZvName from, const ZvSelection& to);
     /// Associated data of `from` (feature attributes, partners in the entity associator) goes to `to` as well
@@ -134,9 +135,12 @@ protected:
     void ManageEntityDeletion(const std::vector<uint32_t>& names);
     /// False, error 10043 reported with the context, when one of the entities is gone.
     bool AllExist(const std::vector<uint32_t>& names, const char* context) const;
-    /// Sets or clears the erased flag. Entities that are gone are reported (10043) and left out.
-    void SetErased(const std::vector<uint32_t>& names, bool erased, const char* context) const;
+    /// Sets or clears the erased flag; answers the bytes that the entities hold. Those that are gone are
+    /// reported (10043) and left out.
+    size_t SetErased(const std::vector<uint32_t>& names, bool erased, const char* context) const;
+    static size_t MemUsageOf(const ZvSelection& entities);
     void AddLayerUsed(ZvLayer* layer);
+    void AddLayersOf(const ZvSelection& entities);
 
 private:
     struct Lineage;

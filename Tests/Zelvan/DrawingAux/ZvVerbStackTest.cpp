@@ -1,7 +1,14 @@
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
+#include "Tests/Support/BoxEntity.h"
+#include "Zelvan/DrawingAux/ZvUndoSettings.h"
 #include "Zelvan/Ports/ZvSilentHost.h"
+#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Verbs/ZvVerb.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvServer.h"
+#include "ZvCore/ZvErrors.h"
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -159,4 +166,217 @@ TEST_F(ZvVerbStackTest, OnlyVerbsThatChangeTheDrawingMakeItDirty) {
     drawing.ResetModified();
     stack.Undo();
     EXPECT_TRUE(drawing.IsModified());
+}
+
+// --- sections, purges, clean deletion, budget ---------------------------------------------------------------
+
+TEST_F(ZvVerbStackTest, SectionsRollBackAndBarUndo) {
+    drawing.DoVerb(Verb("a"));
+    drawing.DoVerb(Verb("gone"));
+    stack.Undo();
+    const int outer = stack.VerbBeginSection(ZvVerbStack::kSectionBarrier);
+    const int inner = stack.VerbBeginSection();
+    EXPECT_GT(inner, outer);
+    EXPECT_FALSE(stack.CanRedo());
+    EXPECT_FALSE(stack.Undo());
+    EXPECT_EQ(LastQuestion(), u"Cannot undo beyond this point until the current command is complete.");
+    drawing.DoVerb(Verb("b"));
+    drawing.DoVerb(Verb("c"));
+    EXPECT_TRUE(stack.Undo());
+    TakeLog();
+    EXPECT_TRUE(stack.VerbEndSection(inner));
+    EXPECT_TRUE(stack.VerbEndSection(outer, ZvVerbStack::kSectionRollBack));
+    EXPECT_EQ(TakeLog(), (Log{"-b", "never c", "~c", "never b", "~b"}));
+    EXPECT_EQ(stack.StackSize(), 1);
+    EXPECT_TRUE(stack.Undo()) << "the barrier is gone";
+    const ZvErrorCapture errors;
+    EXPECT_FALSE(stack.VerbEndSection(outer));
+    EXPECT_TRUE(errors.Has(42));
+    EXPECT_EQ(stack.OpenSections(), 0);
+}
+
+TEST_F(ZvVerbStackTest, SectionsFollowWhatIsDroppedBelowThem) {
+    settings.Set(ZvVerbStack::kMaxVerbsKey, int64_t(3));
+    drawing.DoVerb(Verb("a"));
+    drawing.DoVerb(Verb("b"));
+    const int section = stack.VerbBeginSection();
+    for (const char* id : {"c", "d", "e", "f"})
+        drawing.DoVerb(Verb(id));
+    EXPECT_EQ(stack.StackSize(), 3);
+    TakeLog();
+    EXPECT_TRUE(stack.VerbEndSection(section, ZvVerbStack::kSectionRollBack));
+    EXPECT_EQ(TakeLog(), (Log{"-f", "-e", "-d", "never f", "~f", "never e", "~e", "never d", "~d"}));
+    EXPECT_EQ(stack.StackSize(), 0);
+
+    drawing.DoVerb(Verb("kept"));
+    const int stuck = stack.VerbBeginSection();
+    Logged* b = Verb("b");
+    b->undoable = false;
+    drawing.DoVerb(b);
+    EXPECT_FALSE(stack.VerbEndSection(stuck, ZvVerbStack::kSectionRollBack));
+    EXPECT_EQ(LastQuestion(), u"The previous operation cannot be undone");
+    EXPECT_EQ(stack.StackSize(), 0);
+}
+
+TEST_F(ZvVerbStackTest, SpecialPurgesTakeWhatUsesALayerOrAnEntity) {
+    ZvLayer* layers[] = {drawing.LayerTable()->InsertNew(u"A"), drawing.LayerTable()->InsertNew(u"B")};
+    ZvEntity* entities[3];
+    const char* ids[] = {"on A", "on B", "also on A"};
+    for (int i = 0; i < 3; ++i) {
+        entities[i] = drawing.GetEntity(layers[i % 2]->Adopt(std::make_unique<BoxEntity>(0, 0, 1, 1)));
+        Logged* verb = Verb(ids[i], 10);
+        verb->Entities().SetParentDrawing(&drawing);
+        verb->Entities().Insert(entities[i]);
+        drawing.DoVerb(verb);
+    }
+    drawing.DoVerb(Verb("none", 10));
+    stack.Undo();
+    stack.Undo();
+    TakeLog();
+    stack.PurgeUndoForLayer(layers[0]);
+    EXPECT_EQ(TakeLog(), (Log{"never also on A", "done on A", "~also on A", "~on A"}));
+    EXPECT_EQ(stack.Position(), 1);
+    EXPECT_EQ(stack.MemUsage(), 20u);
+    stack.PurgeUndoForLayer(nullptr);
+    const ZvSelection one = ZvSelection::Single(entities[1]);
+    stack.PurgeUndoForEntities(&one);
+    EXPECT_EQ(TakeLog(), (Log{"done on B", "~on B"}));
+    EXPECT_EQ(stack.GetVerb(0)->GetName(), u"none");
+    EXPECT_EQ(stack.Position(), 0);
+}
+
+TEST_F(ZvVerbStackTest, CleanDeletionWaitsForTheRunningVerbAndLeavesNoReference) {
+    ZvEntity* box = drawing.GetEntity(drawing.Insert(std::make_unique<BoxEntity>(0, 0, 1, 1)));
+    const ZvName name = box->Name();
+    drawing.ChangeSelection(ZvSelection::Single(box));
+    Logged* verb = Verb("a");
+    verb->Entities().SetParentDrawing(&drawing);
+    verb->Entities().Insert(box);
+    verb->onDo = [&](Logged& self) {
+        stack.DeleteEntityClean(box);
+        EXPECT_TRUE(stack.IsEntityPendingDelete(box));
+        EXPECT_TRUE(drawing.NameTable().Exists(name));
+        const ZvSelection one = ZvSelection::Single(box);
+        stack.PurgeUndoForEntities(&one);
+        EXPECT_TRUE(stack.VerbIsPendingDestruction(&self));
+    };
+    EXPECT_NE(drawing.DoVerb(verb), 0) << "once it names the entity no more, it stays";
+    EXPECT_FALSE(drawing.NameTable().Exists(name));
+    EXPECT_TRUE(drawing.CurrentSelection().IsEmpty());
+    EXPECT_TRUE(stack.EntitiesInUse().empty());
+    EXPECT_EQ(stack.StackSize(), 1);
+}
+
+TEST_F(ZvVerbStackTest, UndoSwitchedOffOffersToSwitchItOn) {
+    struct Person : ZvSilentHost {
+        ZvAnswer Ask(const ZvQuestion& question) override {
+            ZvSilentHost::Ask(question);
+            return ZvAnswer::Yes;
+        }
+        bool OpenDrawingOptions() override { return ++optionsOpened; }
+        int optionsOpened = 0;
+    } person;
+    drawing.SetHost(&person);
+    settings.Set("UndoMem", int64_t(0));
+    EXPECT_EQ(drawing.DoVerb(Verb("a", 1)), 0);
+    EXPECT_EQ(TakeLog(), (Log{"+a", "done a", "~a"}));
+    EXPECT_FALSE(stack.Undo());
+    EXPECT_EQ(
+        person.Questions().back().question.text,
+        u"No undo information has been recorded because the undo buffer size is set to zero. Do you want "
+        u"to increase this value?");
+    EXPECT_EQ(person.optionsOpened, 1);
+}
+
+TEST_F(ZvVerbStackTest, AdviceIsGivenForAVerbThatAloneIsTooLarge) {
+    struct Person : ZvSilentHost {
+        int Choose(const ZvChoice& choice) override {
+            asked += int(choice.choices.size()) == 3;
+            return chosen;
+        }
+        bool OpenConfiguration(const XStringW& name) override {
+            page = name;
+            return true;
+        }
+        int asked = 0, chosen = 0;
+        XStringW page;
+    } person;
+    struct Exempt : Logged {
+        using Logged::Logged;
+        bool IsExemptFromBudget() const override { return true; }
+    };
+    drawing.SetHost(&person);
+    settings.Set("UndoMem", int64_t(100));
+    EXPECT_NE(drawing.DoVerb(Verb("keep", 500)), 0);
+    EXPECT_NE(drawing.DoVerb(new Exempt(log, "exempt", 500)), 0);
+    EXPECT_EQ(person.asked, 1);
+    person.chosen = 2;
+    EXPECT_NE(drawing.DoVerb(Verb("configure", 500)), 0);
+    EXPECT_EQ(person.page, u"MISCELLANEOUS");
+    person.chosen = 1;
+    EXPECT_EQ(drawing.DoVerb(Verb("purge", 500)), 0);
+    EXPECT_EQ(person.asked, 3);
+    EXPECT_EQ(stack.StackSize(), 0);
+}
+
+TEST_F(ZvVerbStackTest, VerbThatThrowsEndsTheHistoryOnly) {
+    drawing.DoVerb(Verb("a"));
+    Logged* b = Verb("b");
+    b->onDo = [](Logged&) { throw std::runtime_error("no more"); };
+    const ZvErrorCapture errors;
+    EXPECT_EQ(drawing.DoVerb(b), 0);
+    EXPECT_TRUE(errors.HasText("no more"));
+    EXPECT_FALSE(stack.IsBusy());
+    EXPECT_EQ(stack.StackSize(), 0);
+}
+
+TEST(ZvUndoSettings, BudgetStaysWithinBounds) {
+    const int64_t mib = 1 << 20, gib = mib << 10;
+    const DateTime today = DateTime::FromUtc(2026, 1, 1), april = DateTime::FromUtc(2013, 4, 20);
+    const struct {
+        int64_t stored;
+        DateTime now;
+        uint64_t physical;
+        int64_t bounded;
+    } cases[] = {
+        {-5, today, 8 * uint64_t(gib), mib},
+        {0, today, 8 * uint64_t(gib), mib},
+        {mib - 1, today, 8 * uint64_t(gib), mib},
+        {mib, today, 8 * uint64_t(gib), mib},
+        {500 * mib, today, 8 * uint64_t(gib), 500 * mib},
+        {INT64_MAX, today, 8 * uint64_t(gib), 2 * gib},
+        {INT64_MAX, today, 0, INT64_MAX},
+        {500 * mib, today, 1, mib},
+        {0, april, 8 * uint64_t(gib), 157'286'400},
+        {1, april, 8 * uint64_t(gib), mib},
+        {0, DateTime::FromUtc(2013, 4, 1, 0, 0, 1), 0, 157'286'400},
+        {0, DateTime::FromUtc(2013, 4, 1), 0, mib},
+        {0, DateTime::FromUtc(2013, 5, 30, 23, 59, 59), 0, 157'286'400},
+        {0, DateTime::FromUtc(2013, 5, 31), 0, mib},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(ZvUndoSettings::Bounded(c.stored, c.now, c.physical), c.bounded)
+            << c.stored << " at " << c.now.ToString().ToUtf8();
+}
+
+TEST(ZvUndoSettings, ThePassRunsWhenSettingsAreReadAndWritten) {
+    struct April : IZvClock {
+        DateTime Now() const override { return DateTime::FromUtc(2013, 4, 30); }
+        double MonotonicSeconds() const override { return 0; }
+    } april;
+    ZvServer& server = ZvServer::Instance();
+    const ZvCore::Settings former = server.Settings();
+    ZvCore::BinXmlNode node;
+    node.Set("UndoMem", int64_t(0));
+    server.LoadSettings(node, april);
+    EXPECT_EQ(server.Settings().GetInt("UndoMem", 0), 157'286'400);
+    server.Settings().Set("UndoMem", int64_t(0));
+    {
+        ZvDrawing drawing;
+        EXPECT_EQ(drawing.Verbs()->Budget(), 0) << "for the session";
+    }
+    ZvCore::BinXmlNode stored;
+    server.StoreSettings(stored, IZvClock::System());
+    EXPECT_EQ(server.Settings().GetInt("UndoMem", 0), 1'048'576);
+    server.Settings() = former;
 }
