@@ -90,7 +90,7 @@ int ZvVerbStack::DoVerb(ZvVerb* raw) {
         const Busy busy(*this);
         DoVerbInternal(std::move(verb));
         if (const ZvVerb* kept = FindSequence(sequence); kept && kept->IsUndoRequested())
-            UndoTop();
+            (void)UndoTop();
     }
     RunPending();
     return FindSequence(sequence) ? sequence : 0;
@@ -219,28 +219,30 @@ bool ZvVerbStack::Undo() {
         PurgeUndo();
         return false;
     }
+    bool undone = false;
     {
         const Busy busy(*this);
-        UndoTop();
-        if (m_drawing.Host())
+        undone = UndoTop();
+        if (undone && m_drawing.Host())
             m_drawing.Prompt(WithName(ZvStr::UndoneVerb, verb));
     }
     RunPending();
-    return true;
+    return undone;
 }
 
-void ZvVerbStack::UndoTop() {
+bool ZvVerbStack::UndoTop() {
     Slot& slot = m_verbs[m_position - 1];
     ZvVerb& verb = *slot.verb;
     m_drawing.MakeCurrentDrawing();
     Repaint(verb);
-    (void)RunVerb(verb, Step::Undo);
+    const bool undone = RunVerb(verb, Step::Undo);
     verb.RestoreSelection();
     Repaint(verb);
     if (verb.ChangesDrawing())
         m_drawing.SetModified();
     Measure(slot);
     --m_position;
+    return undone;
 }
 
 bool ZvVerbStack::Redo() {
@@ -317,7 +319,7 @@ bool ZvVerbStack::RollBack(size_t start) {
         while (undoable && m_position > start) {
             undoable = m_verbs[m_position - 1].verb->IsUndoable();
             if (undoable)
-                UndoTop();
+                (void)UndoTop();
         }
         if (undoable)
             PurgeAfterPosition();

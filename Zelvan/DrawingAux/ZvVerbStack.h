@@ -101,7 +101,7 @@ private:
 
     void DoVerbInternal(std::unique_ptr<ZvVerb> verb);
     bool RunVerb(ZvVerb& verb, Step step);
-    void UndoTop();
+    bool UndoTop();
     bool MayUndo();
     void RefuseEmptyUndo();
     bool RollBack(size_t start);
