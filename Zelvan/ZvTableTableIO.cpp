@@ -1,3 +1,4 @@
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/Tables/ZvNameIntake.h"
 #include "Zelvan/ZvDrawing.h"
@@ -62,9 +63,24 @@ Zv::Status ZvTableTable::NativeOut(ZvNativeDesc& desc) {
     return Zv::FromBool(ok);
 }
 
+namespace {
+
+/// Readers make room for so many. While there is undo information some of the named entities may be erased.
+uint64_t EntitiesToState(ZvNativeDesc& desc, const ZvDrawing& drawing) {
+    const ZvEntityNameTable& names = drawing.NameTable();
+    if (drawing.Verbs()->StackSize() == 0 && !desc.Native().Options().orderByName)
+        return uint64_t(names.Count());
+    uint64_t count = 0;
+    for (const ZvEntity* entity = nullptr; (entity = names.NextNonErased(entity)) != nullptr;)
+        ++count;
+    return count;
+}
+
+} // namespace
+
 bool ZvTableTable::WriteTableTable(ZvNativeDesc& desc, size_t tables) const {
     return desc.WriteValue(kSectionHead) && desc.WriteValue(uint32_t(tables)) &&
-           desc.WriteValue(uint64_t(m_drawing.NameTable().Count()));
+           desc.WriteValue(EntitiesToState(desc, m_drawing));
 }
 
 bool ZvTableTable::WriteTable(ZvNativeDesc& desc, const ZvTable& table) const {
