@@ -220,8 +220,13 @@ void ZvBNode::StateChanged(ZvEntity* entity) {
     const bool out = entity->IsErased() || !entity->IsVisible();
     if (!entity->IsErased()) {
         const ZvBounds3D bounds = entity->Bounds3D();
-        Extend(bounds, entity->IsVisible());
-        ExtendAncestors(bounds, entity->IsVisible());
+        const bool visible = entity->IsVisible();
+        // What a node's bounds hold is held by those of its ancestors.
+        if (!m_content.IsInsideMe(bounds) ||
+            (visible && HasOwnVisible() && !m_rare->visible.IsInsideMe(bounds))) {
+            Extend(bounds, visible);
+            ExtendAncestors(bounds, visible);
+        }
     }
     if (out) {
         m_mixed = true;

@@ -74,10 +74,9 @@ ZvDrawing::ZvDrawing(const ZvDrawingSetup& setup)
 }
 
 ZvDrawing::ZvDrawing(ZvDrawing& parent, bool useProxyTables, bool createDefaults, const Guid& guid)
-    : m_host(parent.m_host), m_clock(parent.m_clock),
-      m_applicationSettings(parent.m_applicationSettings), m_formats(parent.m_formats),
-      m_coordSystems(parent.m_coordSystems), m_geometryKernel(parent.m_geometryKernel),
-      m_textMeasure(parent.m_textMeasure) {
+    : m_host(parent.m_host), m_clock(parent.m_clock), m_applicationSettings(parent.m_applicationSettings),
+      m_formats(parent.m_formats), m_coordSystems(parent.m_coordSystems),
+      m_geometryKernel(parent.m_geometryKernel), m_textMeasure(parent.m_textMeasure) {
     Construct(true, useProxyTables, createDefaults, &parent, guid);
 }
 

@@ -31,11 +31,10 @@ ZvAnswer ZvSilentHost::Ask(const ZvQuestion& question) {
 
 int ZvSilentHost::Choose(const ZvChoice& choice) {
     const bool known = choice.defaultChoice >= 0 && size_t(choice.defaultChoice) < choice.choices.size();
-    ZvLog::Write(ZvLog::Level::Info,
-                 "choice: " + choice.text.ToUtf8() + " - answered " +
-                     (known ? choice.choices[size_t(choice.defaultChoice)].ToUtf8() : std::string("nothing")));
-    m_questions.push_back(
-        {{choice.text, ZvQuestion::Buttons::Ok, ZvAnswer::Ok, choice.title}, ZvAnswer::Ok});
+    ZvLog::Write(ZvLog::Level::Info, "choice: " + choice.text.ToUtf8() + " - answered " +
+                                         (known ? choice.choices[size_t(choice.defaultChoice)].ToUtf8()
+                                                : std::string("nothing")));
+    m_questions.push_back({{choice.text, ZvQuestion::Buttons::Ok, ZvAnswer::Ok, choice.title}, ZvAnswer::Ok});
     return choice.defaultChoice;
 }
 

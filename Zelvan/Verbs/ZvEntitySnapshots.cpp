@@ -59,8 +59,10 @@ bool ZvEntitySnapshots::Restore(ZvDrawing& drawing, size_t index) const {
     }
     if (one.layer && live->GetLayer() != one.layer)
         (void)live->MoveToLayer(one.layer);
+    const ZvBounds3D bounds = live->Bounds3D();
     live->CloneFrom(*one.entity);
-    live->RecalcBounds();
+    if (live->Bounds3D() != bounds)
+        live->RecalcBounds();
     live->Touch();
     RestoreRow(one, live->Name32());
     return true;
