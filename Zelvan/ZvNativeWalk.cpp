@@ -125,6 +125,14 @@ bool ZvNativeWalk::Run(ZvCore::IFile& file) {
     return true;
 }
 
+void ZvNativeWalk::Assume(const ZvNativeHeader& header,
+                          const std::map<uint16_t, bool>& clientsAndWhetherBuiltIn) {
+    m_header = m_inner = header;
+    m_version = header.version;
+    for (const auto& [id, builtIn] : clientsAndWhetherBuiltIn)
+        m_clients[id].isBuiltIn = builtIn;
+}
+
 bool ZvNativeWalk::FileHeader(const ZvNativeStream& stream) {
     const Level level(*this, "header");
     uint8_t bytes[ZvNativeHeader::kSize] = {};

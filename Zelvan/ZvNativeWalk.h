@@ -91,6 +91,8 @@ public:
 
     /// False when the stream is no native file at all.
     bool Run(ZvCore::IFile& file);
+    /// Instead of Run, for payloads that were found outside of a sound file: what its header and its clients would have said.
+    void Assume(const ZvNativeHeader& header, const std::map<uint16_t, bool>& clientsAndWhetherBuiltIn);
     const ZvNativeHeader& Header() const { return m_header; } ///< the outermost one
     bool WasCancelled() const { return m_cancelled; }
 

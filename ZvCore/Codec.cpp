@@ -96,3 +96,8 @@ bool Codec::Inflate(const uint8_t* source, size_t count, uint8_t* target, size_t
 } // namespace ZvCore
 
 #endif
+
+void ZvCore::Codec::InflatePrefix(const uint8_t* source, size_t count, size_t most,
+                                  std::vector<uint8_t>& target) {
+    ZlibCodec::InflatePrefix(source, count, most, target);
+}

@@ -80,4 +80,30 @@ bool ZlibCodec::Inflate(const uint8_t* source, size_t count, uint8_t* target, si
     return false;
 }
 
+void ZlibCodec::InflatePrefix(const uint8_t* source, size_t count, size_t most,
+                              std::vector<uint8_t>& target) {
+    constexpr size_t kStep = size_t(1) << 18;
+    target.clear();
+    z_stream stream{};
+    if (inflateInit(&stream) != Z_OK)
+        return;
+    size_t fedIn = 0, made = 0;
+    int result = Z_OK;
+    try {
+        while (result == Z_OK && made < most) {
+            const size_t room = std::min(kStep, most - made);
+            target.resize(made + room);
+            Feed(stream.next_in, stream.avail_in, const_cast<Bytef*>(source), count, fedIn);
+            stream.next_out = target.data() + made;
+            stream.avail_out = uInt(room);
+            result = inflate(&stream, Z_SYNC_FLUSH);
+            made += room - stream.avail_out;
+        }
+    } catch (const std::bad_alloc&) {
+        made = 0;
+    }
+    target.resize(made);
+    inflateEnd(&stream);
+}
+
 } // namespace ZvCore

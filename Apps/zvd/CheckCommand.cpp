@@ -1,5 +1,6 @@
 #include "Apps/zvd/Command.h"
 #include "Apps/zvd/DrawingFile.h"
+#include "Apps/zvd/RepairCommand.h"
 #include "Zelvan/ZvNativeCheck.h"
 #include "ZvCore/DiskFile.h"
 #include "ZvCore/Platform/Platform.h"
@@ -12,6 +13,8 @@ namespace {
 struct CheckArguments {
     std::vector<std::string> files;
     bool noDigests = false;
+    bool repair = false;
+    int level = 3;
 };
 
 nlohmann::ordered_json ToJson(const std::string& file, const ZvNativeCheck::Result& result) {
@@ -52,6 +55,11 @@ void Print(const Console& console, const std::string& file, const ZvNativeCheck:
 }
 
 ExitCode RunCheck(const Console& console, const CheckArguments& arguments) {
+    if (arguments.repair && arguments.files.size() != 2)
+        return console.Fail(ExitCode::Usage,
+                            "--repair takes two files, the damaged one and the name for the repaired one");
+    if (arguments.repair)
+        return RepairFile(console, arguments.files[0], arguments.files[1], arguments.level);
     ExitCode worst = ExitCode::Ok;
     nlohmann::ordered_json reports = nlohmann::ordered_json::array();
     for (const std::string& name : arguments.files) {
@@ -89,6 +97,12 @@ void AddCheckCommand(CLI::App& app, CommandRun& run) {
         "check", "Examine native files: every fault with its byte offset and what it costs");
     auto arguments = std::make_shared<CheckArguments>();
     command->add_option("FILE", arguments->files, "Files to examine")->required();
+    command->add_flag("--repair", arguments->repair,
+                      "Read what can be read of the first file and save it as the second, with a report");
+    command->add_option("--level", arguments->level, "Compression of the repaired file, 0 to 9")
+        ->check(CLI::Range(0, 9));
+    command->footer("With --repair: exit code 0 nothing was wrong, 1 something was and the rest is saved,\n"
+                    "2 the second file is the first one, 4 nothing could be read and nothing was written.");
     command->add_flag("--no-digests", arguments->noDigests, "Do not compute the digests of file and blocks");
     command->callback([&run, arguments] {
         run = [arguments](const Console& console) { return RunCheck(console, *arguments); };

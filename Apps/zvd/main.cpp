@@ -20,9 +20,10 @@ Examples:
   zvd render coast.zvd coast.png          a picture of it
   zvd render coast.zvd coast.pdf --scale 50000000 --paper A3
   zvd check *.zvd                         are these files sound?
+  zvd check --repair bad.zvd good.zvd     save what can be read of a damaged one
   zvd convert coast.zvd coast.fgb         and back
 
-Exit codes: 0 fine, 1 check found faults, 2 wrong usage, 3 input missing or of no known kind,
+Exit codes: 0 fine, 1 check found faults (or repaired some), 2 wrong usage, 3 input missing or of no known kind,
 4 input damaged, 5 output cannot be written, 70 fault of the program, 130 interrupted.)";
 
 ExitCode Run(int argc, char** argv) {

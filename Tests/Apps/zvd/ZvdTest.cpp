@@ -151,6 +151,42 @@ TEST_F(Zvd, CheckTellsTheOffsetOfDamageAndLoadsRefuseIt) {
     }
 }
 
+TEST_F(Zvd, RepairSavesWhatCanBeReadAndTellsWhatIsLost) {
+    MakeMap("map.zvd");
+    std::string bytes = ReadFile(In("map.zvd"));
+    bytes[bytes.size() / 2] = char(bytes[bytes.size() / 2] ^ 0x55);
+    WriteFile(In("bad.zvd"), bytes);
+    const ZvdRun run = Run("check --repair --json " + Q("bad.zvd") + " " + Q("good.zvd"));
+    EXPECT_EQ(run.code, 1) << run.err;
+    const Json report = Json::parse(run.out, nullptr, false);
+    EXPECT_EQ(report["damagedBlocks"], 1);
+    uint64_t saved = 0;
+    for (const Json& layer : report["layers"])
+        saved += layer["saved"].get<uint64_t>();
+    EXPECT_EQ(report["objectsSaved"], saved);
+    EXPECT_EQ(Info("good.zvd")["entities"], saved);
+    EXPECT_EQ(Run("check " + Q("good.zvd")).code, 0);
+    EXPECT_TRUE(ReadFile(In("bad.zvd")) == bytes);
+
+    EXPECT_EQ(Run("check --repair " + Q("map.zvd") + " " + Q("same.zvd")).code, 0);
+    EXPECT_EQ(Info("same.zvd")["layers"], Info("map.zvd")["layers"]);
+    std::error_code failed;
+    fs::create_hard_link(In("bad.zvd"), In("link.zvd"), failed);
+    WriteFile(In("letter.zvd"), "This is a letter to my aunt, and no drawing at all.");
+    for (const auto& [arguments, code] :
+         std::vector<std::pair<std::string, int>>{{Q("bad.zvd") + " " + Q("bad.zvd"), 2},
+                                                  {Q("bad.zvd") + " " + Q("link.zvd"), failed ? 1 : 2},
+                                                  {Q("bad.zvd"), 2},
+                                                  {Q("bad.zvd") + " " + Q("out.geojson"), 2},
+                                                  {Q("missing.zvd") + " " + Q("out.zvd"), 3},
+                                                  {Q("letter.zvd") + " " + Q("out.zvd"), 4}}) {
+        const ZvdRun refused = Run("check --repair " + arguments);
+        EXPECT_EQ(refused.code, code) << arguments;
+        EXPECT_TRUE(code == 1 || refused.ErrorLines() == 1u) << refused.err;
+    }
+    EXPECT_FALSE(fs::exists(In("out.zvd")));
+}
+
 TEST_F(Zvd, DumpNamesEveryFieldOfTheHeader) {
     MakeMap("map.zvd");
     const ZvdRun run = Run("dump --entities 2 " + Q("map.zvd"));

@@ -1,0 +1,320 @@
+#include "Zelvan/ZvNativeSalvageScan.h"
+#include "Zelvan/Tables/ZvTableCodes.h"
+#include "Zelvan/ZvNativeFile.h"
+#include "Zelvan/ZvServer.h"
+#include "ZvCore/Codec.h"
+#include "ZvCore/Guid.h"
+#include "ZvCore/MD5.h"
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr uint64_t kBlockHead = ZvNativeBlockHead::kSize;
+/// Content of one block that is inflated of a damaged file.
+constexpr uint64_t kMostContent = uint64_t(1) << 32;
+/// Bytes digested or inflated in vain for one byte of the file: contrived bytes could hold the search up for long.
+constexpr uint64_t kEffortPerByte = 64;
+constexpr uint64_t kLeastEffort = uint64_t(1) << 22;
+constexpr uint32_t kClientRecord = ZvNativeClientRecord::kSize;
+constexpr int kTypesFirstVersion = 1055;
+constexpr int kGuidFirstVersion = 1014;
+
+} // namespace
+
+template <class T>
+T ZvNativeSalvageScan::Get(uint64_t at) const {
+    T value;
+    std::memcpy(&value, m_bytes + at, sizeof value);
+    return value;
+}
+
+// --- blocks ------------------------------------------------------------------------------------------------------------------
+
+bool ZvNativeSalvageScan::HeadMayBeTrue(uint64_t at, ZvNativeBlockHead& head) const {
+    if (!Has(at, kBlockHead) || Get<uint32_t>(at) > ZvNativeBlockHead::Zlib)
+        return false;
+    head.Parse(m_bytes + at);
+    if (head.length > kMostContent || head.stored > m_most || head.stored == 0)
+        return false;
+    if (head.method == ZvNativeBlockHead::Stored)
+        return head.length == head.stored;
+    return head.length <= head.stored * ZvCore::Codec::kMaxExpansion;
+}
+
+std::optional<ZvNativeSalvageScan::Block> ZvNativeSalvageScan::OpenBlock(uint64_t at, bool soundOnly) {
+    ZvNativeBlockHead head;
+    if (!HeadMayBeTrue(at, head))
+        return std::nullopt;
+    Block block;
+    block.end = at + kBlockHead + head.stored;
+    block.stored = head.method == ZvNativeBlockHead::Stored;
+    const bool whole = Has(at + kBlockHead, head.stored);
+    if (soundOnly && !whole)
+        return std::nullopt;
+    const uint64_t here = std::min(head.stored, m_size - at - kBlockHead);
+    const uint8_t* stored = m_bytes + at + kBlockHead;
+    const uint64_t cost = here + (block.stored ? 0 : head.length);
+    if (cost > m_effort)
+        return std::nullopt;
+    block.vouched = head.HasDigest();
+    block.sound = whole && (!head.HasDigest() || ZvCore::MD5::Of(stored, size_t(here)) == head.digest);
+    if (block.stored) {
+        if (block.sound || !soundOnly)
+            block.content.assign(stored, stored + here);
+    } else if (block.sound || !soundOnly) {
+        ZvCore::Codec::InflatePrefix(stored, size_t(here), size_t(head.length), block.content);
+        block.sound = block.sound && block.content.size() == head.length;
+    }
+    if (soundOnly || !block.sound)
+        m_effort -= std::min(m_effort, cost);
+    if (soundOnly && !block.sound)
+        return std::nullopt;
+    return block;
+}
+
+// --- header, solid body, clients ---------------------------------------------------------------------------------------------
+
+bool ZvNativeSalvageScan::ReadHeader(ZvSalvaged::File& found) {
+    ZvNativeHeader& header = found.header;
+    uint8_t bytes[ZvNativeHeader::kSize] = {};
+    std::memcpy(bytes, m_bytes, size_t(std::min<uint64_t>(m_size, sizeof bytes)));
+    header.Parse(bytes);
+    const bool good =
+        m_size >= sizeof bytes && header.HasMagic() && header.size >= ZvNativeHeader::kSize &&
+        header.size <= ZvNativeHeader::kLargestSize && header.version >= 1 &&
+        (header.version <= ZvNativeFile::kVersion || header.minimumReader <= ZvNativeFile::kVersion) &&
+        header.entityHeadSize == ZvNativeRecordHead::kSize;
+    if (good) {
+        m_start = header.size;
+        m_most = std::max(m_size, std::min(header.length, m_size * 8));
+        m_shift = header.length >= ZvNativeHeader::kSize ? int64_t(m_size - header.length) : 0;
+        if (m_shift > int64_t(m_size) || m_shift < -int64_t(m_size) * 4)
+            m_shift = 0;
+        return true;
+    }
+    header = {};
+    std::memcpy(header.magic, ZvNativeHeader::kMagic, sizeof header.magic);
+    header.version = ZvNativeFile::kVersion;
+    header.minimumReader = ZvNativeFile::MinimumReaderVersion(header.version);
+    header.entityHeadSize = ZvNativeRecordHead::kSize;
+    m_start = 0;
+    m_shift = 0;
+    m_most = m_size * 2;
+    return false;
+}
+
+/// The body of a solid file, as far as it inflates, takes the place of the bytes.
+bool ZvNativeSalvageScan::OpenSolid(ZvSalvaged::File& found, bool& cancelled) {
+    cancelled = m_progress && !m_progress->Step("Searching", 0, m_size);
+    constexpr uint64_t kAt = ZvNativeHeader::kSize;
+    if (cancelled || !Has(kAt, kBlockHead + 2))
+        return false;
+    // Its block has no second chance: even when the head of it is damaged, what follows may inflate.
+    const uint8_t* stored = m_bytes + kAt + kBlockHead;
+    if ((stored[0] & 0x0F) != 8 || (stored[0] << 8 | stored[1]) % 31 != 0)
+        return false;
+    ZvSalvaged::Bytes body;
+    ZvCore::Codec::InflatePrefix(stored, size_t(m_size - kAt - kBlockHead), size_t(kMostContent), body);
+    if (body.size() < ZvNativeHeader::kSize || std::memcmp(body.data() + 8, ZvNativeHeader::kMagic, 7) != 0)
+        return false;
+    ZvNativeBlockHead head;
+    const bool sound = HeadMayBeTrue(kAt, head) && Has(kAt + kBlockHead, head.stored) &&
+                       head.length == body.size() && head.method == ZvNativeBlockHead::Zlib &&
+                       (!head.HasDigest() || ZvCore::MD5::Of(stored, size_t(head.stored)) == head.digest);
+    m_body = std::move(body);
+    m_bytes = m_body.data();
+    m_size = m_body.size();
+    m_result.solid = true;
+    ++(sound ? m_result.blocks : m_result.damagedBlocks);
+    const bool headerGood = ReadHeader(found);
+    m_shift = 0;
+    return headerGood;
+}
+
+bool ZvNativeSalvageScan::TakeClients(const Block& block, ZvSalvaged::File& found) {
+    std::map<uint16_t, bool> clients;
+    const ZvSalvaged::Bytes& bytes = block.content;
+    uint32_t count = 0;
+    const auto size = [&](size_t at) {
+        uint32_t value = 0;
+        if (at + 4 <= bytes.size())
+            std::memcpy(&value, bytes.data() + at, 4);
+        return value;
+    };
+    for (size_t at = 0; at < bytes.size(); ++count) {
+        if (size(at) != kClientRecord || bytes.size() - at < kClientRecord)
+            return false;
+        ZvNativeClientRecord record;
+        record.Parse(bytes.data() + at);
+        Guid guid;
+        std::memcpy(guid.bytes.data(), record.guid, sizeof record.guid);
+        const auto& builtIn = ZvServer::BuiltInClient();
+        clients[uint16_t(record.id)] = found.header.version >= kGuidFirstVersion && !guid.IsNull()
+                                           ? guid == builtIn.guid
+                                           : record.name == builtIn.name;
+        at += kClientRecord;
+        if (found.header.version < kTypesFirstVersion)
+            continue;
+        for (uint32_t i = 0; i < record.types; ++i) {
+            if (size(at) < 4 || size(at) > bytes.size() - at)
+                return false;
+            at += size(at);
+        }
+    }
+    if (clients.empty())
+        return false;
+    found.clients = bytes;
+    found.header.clientCount = count;
+    m_records.emplace(found.header, std::move(clients));
+    return true;
+}
+
+/// They stand last, and say what the objects are.
+void ZvNativeSalvageScan::ReadClients(ZvSalvaged::File& found) {
+    const uint64_t stated = found.header.clientsOffset;
+    for (const uint64_t at : {stated, stated + uint64_t(m_shift)})
+        if (std::optional<Block> block = OpenBlock(at, true))
+            if (TakeClients(*block, found))
+                return;
+    constexpr uint64_t kSmallest = kBlockHead + 31;
+    constexpr uint64_t kFar = uint64_t(1) << 22;
+    for (uint64_t back = kSmallest; back <= std::min(m_size, kFar); ++back) {
+        ZvNativeBlockHead head;
+        const uint64_t at = m_size - back;
+        if (!HeadMayBeTrue(at, head) || head.length < kClientRecord)
+            continue;
+        if (std::optional<Block> block = OpenBlock(at, true))
+            if (TakeClients(*block, found))
+                return;
+    }
+    m_result.clientsLost = true;
+    m_records.emplace(found.header, std::map<uint16_t, bool>{{ZvServer::BuiltInClient().code, true}});
+}
+
+// --- from piece to piece -----------------------------------------------------------------------------------------------------
+
+bool ZvNativeSalvageScan::Run(ZvSalvaged::File& found) {
+    m_found = &found;
+    m_effort = kLeastEffort + m_size * kEffortPerByte;
+    bool cancelled = false;
+    const bool headerGood = ReadHeader(found);
+    m_result.headerLost = !(OpenSolid(found, cancelled) || headerGood);
+    if (cancelled)
+        return false;
+    if (m_result.solid)
+        m_effort = kLeastEffort + m_size * kEffortPerByte;
+    m_damaged = m_result.headerLost;
+    ReadClients(found);
+    m_scopes.push_back({&found.section});
+    bool trusted = !m_result.headerLost;
+    for (uint64_t at = m_start; at < m_size;) {
+        if (m_progress && !m_progress->Step("Searching", at, m_size))
+            return false;
+        LeaveEndedScopes(at);
+        if (const uint64_t next = Piece(at, trusted)) {
+            at = next;
+            trusted = true;
+            continue;
+        }
+        const uint64_t next = Damaged(at, at);
+        trusted = true;
+        at = next;
+    }
+    m_result.settingsLost = found.settings.empty();
+    return true;
+}
+
+void ZvNativeSalvageScan::LeaveEndedScopes(uint64_t at) {
+    while (m_scopes.size() > 1 && Original(at) >= m_scopes[m_scopes.size() - 2].contentsEnd)
+        m_scopes.pop_back();
+}
+
+uint64_t ZvNativeSalvageScan::Piece(uint64_t at, bool trusted) {
+    Scope& here = Here();
+    if (trusted && here.markAwaited && here.contents) {
+        here.markAwaited = false;
+        if (m_bytes[at] == 0)
+            return at + 1;
+        if (const uint64_t next = AttributesHead(at, true))
+            return next;
+    }
+    if (const uint64_t next = ContentsHead(at, true))
+        return next;
+    if (const uint64_t next = SectionHead(at, true))
+        return next;
+    if (const uint64_t next = TableHead(at, trusted, true))
+        return next;
+    if (const uint64_t next = Group(at, trusted, true))
+        return next;
+    if (here.inAttributes)
+        if (const uint64_t next = AttributesFrame(at, trusted, true))
+            return next;
+    if (const uint64_t next = AttributesHead(at, true))
+        return next;
+    if (const uint64_t next = BareBlock(at, trusted))
+        return next;
+    return trusted ? UnknownTable(at) : 0;
+}
+
+bool ZvNativeSalvageScan::LooksLikePiece(uint64_t at) {
+    if (ContentsHead(at, false) || SectionHead(at, false) || TableHead(at, false, false) ||
+        Group(at, false, false) || AttributesHead(at, false) || AttributesFrame(at, false, false))
+        return true;
+    const std::optional<Block> block = OpenBlock(at, true);
+    if (!block)
+        return false;
+    if (block->vouched)
+        return true;
+    ZvSalvaged::Records list;
+    return m_records->IsList(block->content.data(), block->content.size(), list) ||
+           (block->content.size() >= kClientRecord &&
+            std::memcmp(block->content.data(), &kClientRecord, sizeof kClientRecord) == 0);
+}
+
+uint64_t ZvNativeSalvageScan::Next(uint64_t from, uint64_t hint) {
+    if (hint > from && hint <= m_size) // a layer's mark may stand between
+        for (uint64_t at : {hint, hint + 1})
+            if (at >= m_size || LooksLikePiece(at))
+                return hint;
+    for (uint64_t at = from; at < m_size; ++at)
+        if (LooksLikePiece(at))
+            return at;
+    return m_size;
+}
+
+/// A stretch that begins behind `from`: its records are taken, and what follows is found.
+uint64_t ZvNativeSalvageScan::Damaged(uint64_t from, uint64_t hint) {
+    const uint64_t next = Next(from + 1, hint);
+    ZvSalvaged::Records records = m_records->Search(m_bytes + from, next - from);
+    const uint64_t count = records.count;
+    if (count > 0)
+        TakeRecords(from, std::move(records));
+    NoteDamage(from, next, count);
+    return next;
+}
+
+void ZvNativeSalvageScan::NoteDamage(uint64_t from, uint64_t to, uint64_t records) {
+    m_damaged = true;
+    auto& damage = m_result.damage;
+    if (!damage.empty() && damage.back().offset + damage.back().length == from)
+        damage.back().length += to - from, damage.back().records += records;
+    else
+        damage.push_back({from, to - from, records});
+}
+
+void ZvNativeSalvageScan::TakeRecords(uint64_t at, ZvSalvaged::Records records) {
+    Scope& here = Here();
+    const bool inChain = here.contents && (!m_damaged || Original(at) < here.chainEnd) &&
+                         (here.blocksLeft > 0 || here.chainEnd == ~uint64_t(0));
+    if (!inChain) { // nobody knows whose they are: a layer of their own
+        here.table = &here.section->Get(ZvTableCode::Full(ZvTableCode::Layer));
+        here.table->contents.push_back(std::make_unique<ZvSalvaged::Contents>());
+        here.contents = here.table->contents.back().get();
+        here.chainEnd = ~uint64_t(0);
+        here.contentsEnd = 0;
+        here.blocksLeft = 0;
+        here.markAwaited = here.inAttributes = false;
+    }
+    here.contents->lists.push_back(std::move(records));
+}
