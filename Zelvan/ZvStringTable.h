@@ -207,6 +207,7 @@ ZV_STRING(49013, UndoAdviceConfigure, "Change the amount of memory for undo info
 ZV_STRING(49020, CreatedOnHiddenLayers, "%d objects were created on layers that are not visible.\n")
 ZV_STRING(49021, CreatedTransparent,
           "The object created has a transparent pen and will not be visible unless selected\n")
+ZV_STRING(49030, CollectingObjects, "Collecting objects")
 ZV_STRING(49050, VerbCreate, "Create")
 ZV_STRING(49051, VerbErase, "Erase")
 ZV_STRING(49052, VerbModify, "Modify")

@@ -30,6 +30,7 @@ constexpr Row kMeanings[] = {
     {int(ZvErrorCode::ModifiedTwice), "the verb holds the modified entities already"},
     {int(ZvErrorCode::VerbLayerGone), "Layer not found during Undo."},
     {int(ZvErrorCode::VerbEntityGone), "Entity referenced by Undo/Redo operation is no longer available."},
+    {int(ZvErrorCode::VerbRecordGone), "a record referenced by Undo or Redo is no longer available"},
 };
 constexpr size_t kMostRecent = 256;
 

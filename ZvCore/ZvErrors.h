@@ -28,6 +28,7 @@ enum class ZvErrorCode : int {
     ModifiedTwice = 10041,
     VerbLayerGone = 10042,
     VerbEntityGone = 10043,
+    VerbRecordGone = 10044,
 };
 
 /// The numbered error reporter. An error is a number and a context text naming class and method

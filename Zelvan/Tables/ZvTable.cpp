@@ -331,6 +331,40 @@ void ZvTable::Purge() {
     TellWatchers(ZvTableEvent::Purged, -1);
 }
 
+// --- undoing an insertion ----------------------------------------------------------------------------------
+
+std::unique_ptr<ZvTableRecord> ZvTable::Withdraw(ZvTableRecord& record, const Counters& before) {
+    if (!IsRecordInTable(&record) || record.GetTableIndex() != Count() - 1 || record.GetId() != m_nextId)
+        return nullptr;
+    const int index = record.GetTableIndex();
+    if (m_current == &record)
+        SetCurrent(FindNewCurrent(&record));
+    std::unique_ptr<ZvTableRecord> taken = std::move(m_records.back());
+    m_records.pop_back();
+    Unregister(*taken);
+    taken->SetTable(this);
+    m_nextId = before.nextId;
+    m_lastAutoNumber = before.lastAutoNumber;
+    IncModified();
+    SetModified(true);
+    TellWatchers(ZvTableEvent::Deleted, index);
+    OnRecordsDeleted();
+    return taken;
+}
+
+bool ZvTable::Reinstate(std::unique_ptr<ZvTableRecord>& record, uint32_t id, const Counters& after) {
+    if (!record || GetById(id) || m_byGuid.count(record->GetGuid()) || !IsFreeName(record->GetName()))
+        return false;
+    ZvTableRecord& back = *Register(std::move(record), id);
+    m_nextId = std::max(m_nextId, after.nextId);
+    m_lastAutoNumber = after.lastAutoNumber;
+    IncModified();
+    SetModified(true);
+    TellWatchers(ZvTableEvent::Inserted, back.GetTableIndex());
+    OnRecordInserted(back);
+    return true;
+}
+
 // --- usage and references ----------------------------------------------------------------------------------
 
 void ZvTable::ExternalTableUsage(ZvUsageTable& usage) const {

@@ -153,6 +153,20 @@ public:
     /// Whether uses of the records are counted, so that those without any can be purged.
     virtual bool HasUsageCounts() const { return IsHeldByIndex(); }
 
+    // --- undoing an insertion -------------------------------------------------------------------------------
+    /// What insertions count up.
+    struct Counters {
+        uint32_t nextId = 0;
+        int64_t lastAutoNumber = 0;
+    };
+    Counters GetCounters() const { return {m_nextId, m_lastAutoNumber}; }
+    /// Takes the last record out as if it had never been inserted; `before`: the counters at that time. The record stays
+    /// lent to the table, so that what it owns keeps its drawing. Null when other records came after it.
+    std::unique_ptr<ZvTableRecord> Withdraw(ZvTableRecord& record, const Counters& before);
+    /// Puts a withdrawn record back under its id; `after`: the counters after its insertion. False, and the record stays
+    /// with the caller, when its name, id or guid has been taken.
+    bool Reinstate(std::unique_ptr<ZvTableRecord>& record, uint32_t id, const Counters& after);
+
     // --- usage and references ------------------------------------------------------------------------------
     /// References to records of other tables, from this table's records.
     virtual void ExternalTableUsage(ZvUsageTable& usage) const;

@@ -114,6 +114,13 @@ bool ZvTableRecord::Merge(const ZvTableRecord& from) {
     return true;
 }
 
+void ZvTableRecord::TakeFieldBytes(std::span<const uint8_t> bytes) {
+    ZvFieldReader visit(bytes);
+    Fields(visit);
+    FieldsChanged();
+    IncModified();
+}
+
 void ZvTableRecord::CopyContents(const ZvTableRecord&) {}
 
 void ZvTableRecord::DropContents() {}

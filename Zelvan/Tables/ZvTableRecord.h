@@ -5,6 +5,7 @@
 #include "ZvCore/XString.h"
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -139,6 +140,9 @@ public:
     virtual bool ContentsIn(ZvNativeDesc& desc, uint64_t end, ZvNameIntake& names);
     /// Has the visitor see the kind's own fields, in the order of files.
     void VisitFields(ZvRecordFields& visit) { Fields(visit); }
+    /// The kind's own fields in the form of files, and back (one IncModified).
+    std::vector<uint8_t> FieldBytes() const { return OwnFields(); }
+    void TakeFieldBytes(std::span<const uint8_t> bytes);
     /// Bytes held, the record included; entities not.
     virtual size_t MemUsage() const;
 

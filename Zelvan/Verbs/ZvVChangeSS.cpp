@@ -1,0 +1,29 @@
+#include "Zelvan/Verbs/ZvVChangeSS.h"
+#include "Zelvan/ZvDrawing.h"
+
+ZvVChangeSS::ZvVChangeSS(const ZvSelection& selection)
+    : ZvVerb(selection.ParentDrawing()), m_former(selection.ParentDrawing()) {
+    Entities() = selection;
+}
+
+bool ZvVChangeSS::IsNullOp() const {
+    return Drawing() && Drawing()->CurrentSelection().Equals(Entities());
+}
+
+void ZvVChangeSS::Do() {
+    m_former = Drawing()->CurrentSelection();
+    Drawing()->ChangeSelection(Entities());
+}
+
+void ZvVChangeSS::Undo() {
+    Drawing()->ChangeSelection(m_former);
+}
+
+void ZvVChangeSS::RemoveFromSet(const ZvSelection& leaving) {
+    ZvVerb::RemoveFromSet(leaving);
+    m_former.Remove(leaving);
+}
+
+size_t ZvVChangeSS::MemUsage() const {
+    return ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) - sizeof(m_former) + m_former.MemUsage();
+}

@@ -1,0 +1,110 @@
+#include "Zelvan/Verbs/ZvVMoveToLayer.h"
+#include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/ZvDrawing.h"
+#include "ZvCore/ZvErrors.h"
+
+namespace {
+
+int FieldCount(const ZvLayer& layer) {
+    return layer.AttributesOrNull() ? layer.AttributesOrNull()->FieldCount() : 0;
+}
+
+} // namespace
+
+ZvVMoveToLayer::ZvVMoveToLayer(ZvLayer& to, const ZvSelection& entities)
+    : ZvVerb(to.GetParentDrawing()), m_layerId(to.GetId()) {
+    if (!entities.IsEmpty())
+        Entities() = entities;
+}
+
+ZvLayer* ZvVMoveToLayer::FindLayer(uint32_t id) const {
+    return Drawing() && Drawing()->LayerTable() ? Drawing()->LayerTable()->GetById(id) : nullptr;
+}
+
+bool ZvVMoveToLayer::IsNullOp() const {
+    for (int i = 0; i < Entities().Count(); ++i) {
+        const ZvEntity* entity = Entities().GetEntityQuiet(i);
+        const ZvLayer* layer = entity ? entity->GetLayer() : nullptr;
+        if (layer && layer->GetId() != m_layerId)
+            return false;
+    }
+    return true;
+}
+
+void ZvVMoveToLayer::Do() {
+    m_former.clear();
+    m_rows.clear();
+    ZvLayer* to = FindLayer(m_layerId);
+    if (!to) {
+        ZvErrors::Report(ZvErrorCode::VerbLayerGone, "ZvVMoveToLayer.Do");
+        return;
+    }
+    m_fieldsBefore = FieldCount(*to);
+    for (int i = 0; i < Entities().Count(); ++i) {
+        if (ZvEntity* entity = Entities().GetEntityQuiet(i))
+            MoveOne(*entity, *to);
+        else
+            ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVMoveToLayer.Do");
+    }
+    UpdateLayersUsed();
+}
+
+void ZvVMoveToLayer::MoveOne(ZvEntity& entity, ZvLayer& to) {
+    const ZvLayer* from = entity.GetLayer();
+    if (!from || from == &to)
+        return;
+    const Former former{entity.Name32(), from->GetId(), ZvDrawPlace(entity)};
+    const ZvAttributeTable* rows = from->AttributesOrNull();
+    if (rows && rows->HasRow(entity.Name()))
+        m_rows[former.layerId].CopyRow(entity.Name(), *rows, entity.Name());
+    if (entity.MoveToLayer(&to))
+        m_former.push_back(former);
+}
+
+void ZvVMoveToLayer::Undo() {
+    ZvLayer* to = FindLayer(m_layerId);
+    for (auto former = m_former.rbegin(); former != m_former.rend(); ++former)
+        BringBack(*former, to);
+    while (to && FieldCount(*to) > m_fieldsBefore)
+        to->Attributes().RemoveField(FieldCount(*to) - 1);
+}
+
+void ZvVMoveToLayer::BringBack(const Former& former, ZvLayer* from) {
+    ZvEntity* entity = Drawing()->GetEntity(ZvName(former.name));
+    ZvLayer* home = FindLayer(former.layerId);
+    if (!entity)
+        return ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVMoveToLayer.Undo");
+    if (!home)
+        return ZvErrors::Report(ZvErrorCode::VerbLayerGone, "ZvVMoveToLayer.Undo");
+    // The row as it was comes from the verb's own copy; the one here holds this layer's fields, too.
+    const auto rows = m_rows.find(former.layerId);
+    const bool hadRow = rows != m_rows.end() && rows->second.HasRow(former.name);
+    if (hadRow && from && from->AttributesOrNull())
+        from->Attributes().RemoveRow(former.name);
+    entity->MoveToLayer(home);
+    if (hadRow)
+        home->Attributes().CopyRow(former.name, rows->second, former.name);
+    former.place.Restore(*entity);
+}
+
+void ZvVMoveToLayer::UpdateLayersUsed() {
+    ZvVerb::UpdateLayersUsed();
+    if (ZvLayer* to = FindLayer(m_layerId))
+        m_layers.insert(to);
+    for (const Former& former : m_former)
+        if (ZvLayer* layer = FindLayer(former.layerId))
+            m_layers.insert(layer);
+}
+
+void ZvVMoveToLayer::RemoveFromSet(const ZvSelection& leaving) {
+    ZvVerb::RemoveFromSet(leaving);
+    std::erase_if(m_former, [&](const Former& former) { return leaving.Contains(ZvName(former.name)); });
+}
+
+size_t ZvVMoveToLayer::MemUsage() const {
+    size_t bytes = ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) + m_former.capacity() * sizeof(Former);
+    for (const auto& [id, rows] : m_rows)
+        bytes += rows.MemUsage();
+    return bytes;
+}

@@ -1,0 +1,169 @@
+#include "Zelvan/Verbs/ZvVPropertyChange.h"
+#include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/ZvDrawing.h"
+#include "ZvCore/ZvErrors.h"
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace {
+
+constexpr std::array<std::string_view, 7> kStateProperties = {"Color",   "LineWidth",  "LineType", "Brush",
+                                                              "Visible", "Selectable", "LineCap"};
+
+size_t ValueBytes(const ZvAttributeColumn::Value& value) {
+    if (const XStringW* text = std::get_if<XStringW>(&value))
+        return text->Length() * 2;
+    const auto* bytes = std::get_if<std::vector<uint8_t>>(&value);
+    return bytes ? bytes->size() : 0;
+}
+
+} // namespace
+
+ZvVPropertyChange::ZvVPropertyChange(const ZvSelection& entities) : ZvVerb(entities.ParentDrawing()) {
+    Entities() = entities;
+}
+
+bool ZvVPropertyChange::Set(const std::string& id, ZvProperty::Value value) {
+    if (id == "Layer")
+        return false;
+    m_values.emplace_back(id, std::move(value));
+    return true;
+}
+
+void ZvVPropertyChange::SetAttribute(const XStringW& field, ZvAttributeColumn::Value value) {
+    m_attributes.emplace_back(field, std::move(value));
+}
+
+bool ZvVPropertyChange::IsNullOp() const {
+    return Entities().IsEmpty() || (m_values.empty() && m_attributes.empty());
+}
+
+bool ZvVPropertyChange::TouchesStateOnly() const {
+    return std::all_of(m_values.begin(), m_values.end(), [](const auto& value) {
+        return std::find(kStateProperties.begin(), kStateProperties.end(), value.first) !=
+               kStateProperties.end();
+    });
+}
+
+void ZvVPropertyChange::Do() {
+    m_states.clear();
+    m_originals.Clear();
+    m_formerValues.clear();
+    m_refusals.clear();
+    const bool stateOnly = TouchesStateOnly();
+    for (int i = 0; i < Entities().Count(); ++i) {
+        ZvEntity* entity = Entities().GetEntityQuiet(i);
+        if (!entity) {
+            ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVPropertyChange.Do");
+            continue;
+        }
+        if (m_values.empty()) {
+        } else if (stateOnly) {
+            m_states.push_back({entity->Name32(), ZvEntityState::Of(*entity)});
+        } else {
+            m_originals.Keep(*entity);
+        }
+        ApplyProperties(*entity);
+        for (size_t attribute = 0; attribute < m_attributes.size(); ++attribute)
+            ApplyAttribute(*entity, attribute);
+    }
+}
+
+void ZvVPropertyChange::ApplyProperties(ZvEntity& entity) {
+    if (m_values.empty())
+        return;
+    ZvPropertySetter setter;
+    for (const auto& [id, value] : m_values)
+        setter.Set(id, value);
+    entity.SetProperties(setter);
+    ApplyFlags(entity, setter);
+    m_refusals.insert(setter.Refusals().begin(), setter.Refusals().end());
+    for (const std::string& id : setter.Unused())
+        m_refusals.insert(entity.VerbalName().ToUtf8() + " has no property \"" + id + "\"");
+}
+
+void ZvVPropertyChange::ApplyFlags(ZvEntity& entity, ZvPropertySetter& setter) {
+    const auto take = [&](const char* id) -> const bool* {
+        const ZvProperty::Value* value = setter.Take(id);
+        const bool* on = value ? std::get_if<bool>(value) : nullptr;
+        if (value && !on)
+            setter.Refuse(id, "it is either true or false");
+        return on;
+    };
+    if (const bool* on = take("Visible"))
+        entity.SetVisible(*on);
+    if (const bool* on = take("Selectable"))
+        entity.SetSelectable(*on);
+    double cap = 0;
+    if (!setter.TakeNumber("LineCap", cap))
+        return;
+    if (cap == 0 || cap == 1 || cap == 2)
+        entity.SetLineCap(int(cap));
+    else
+        setter.Refuse("LineCap", "it is 0, 1 or 2");
+}
+
+void ZvVPropertyChange::ApplyAttribute(ZvEntity& entity, size_t attribute) {
+    const auto& [field, value] = m_attributes[attribute];
+    ZvLayer* layer = entity.GetLayer();
+    const int index = layer && layer->AttributesOrNull() ? layer->AttributesOrNull()->FindField(field) : -1;
+    if (index < 0) {
+        m_refusals.insert("the layer \"" + entity.GetLayerName().ToUtf8() + "\" has no attribute \"" +
+                          field.ToUtf8() + "\"");
+        return;
+    }
+    ZvAttributeTable& table = layer->Attributes();
+    FormerValue former{entity.Name32(), attribute, table.HasRow(entity.Name()),
+                       table.Get(entity.Name(), index)};
+    if (table.Set(entity.Name(), index, value))
+        m_formerValues.push_back(std::move(former));
+    else
+        m_refusals.insert("the attribute \"" + field.ToUtf8() + "\" does not take a value of that type");
+}
+
+void ZvVPropertyChange::Undo() {
+    for (auto former = m_formerValues.rbegin(); former != m_formerValues.rend(); ++former)
+        UndoAttribute(*former);
+    m_originals.Restore(*Drawing(), "ZvVPropertyChange.Undo");
+    for (auto former = m_states.rbegin(); former != m_states.rend(); ++former) {
+        if (ZvEntity* entity = Drawing()->GetEntity(ZvName(former->name)))
+            former->state.ApplyTo(*entity);
+        else
+            ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVPropertyChange.Undo");
+    }
+}
+
+void ZvVPropertyChange::UndoAttribute(const FormerValue& former) {
+    const ZvEntity* entity = Drawing()->GetEntity(ZvName(former.name));
+    ZvLayer* layer = entity ? entity->GetLayer() : nullptr;
+    if (!layer)
+        return ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVPropertyChange.Undo");
+    if (former.hadRow)
+        layer->Attributes().Set(ZvName(former.name), m_attributes[former.attribute].first, former.value);
+    else
+        layer->Attributes().RemoveRow(ZvName(former.name));
+}
+
+void ZvVPropertyChange::RemoveFromSet(const ZvSelection& leaving) {
+    ZvVerb::RemoveFromSet(leaving);
+    const auto leaves = [&](const auto& former) { return leaving.Contains(ZvName(former.name)); };
+    std::erase_if(m_states, leaves);
+    std::erase_if(m_formerValues, leaves);
+    m_originals.Remove(leaving);
+}
+
+size_t ZvVPropertyChange::MemUsage() const {
+    size_t bytes = ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) + m_originals.MemUsage() +
+                   m_states.capacity() * sizeof(FormerState) +
+                   m_formerValues.capacity() * sizeof(FormerValue);
+    for (const FormerValue& former : m_formerValues)
+        bytes += ValueBytes(former.value);
+    for (const auto& [id, value] : m_values)
+        bytes += sizeof(id) + sizeof(value) + id.capacity();
+    for (const auto& [field, value] : m_attributes)
+        bytes += sizeof(field) + sizeof(value) + field.Length() * 2 + ValueBytes(value);
+    return bytes;
+}

@@ -1,0 +1,57 @@
+#pragma once
+#include "Zelvan/DrawingAux/ZvAttributeColumn.h"
+#include "Zelvan/Entities/ZvEntityTypes.h"
+#include "Zelvan/Verbs/ZvEntityState.h"
+#include "Zelvan/Verbs/ZvOriginals.h"
+#include "Zelvan/Verbs/ZvVerb.h"
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Sets properties of entities (those of GetProperties, and "Visible", "Selectable", "LineCap") and attributes of the
+/// features that they are. What an entity does not have or refuses stays as it is there. The layer is no property in this
+/// sense: ZvVMoveToLayer changes it.
+class ZV_API ZvVPropertyChange : public ZvVerb {
+public:
+    explicit ZvVPropertyChange(const ZvSelection& entities);
+
+    /// False for "Layer".
+    bool Set(const std::string& id, ZvProperty::Value value);
+    /// `field`: of the attribute table of the entities' layers, without regard to case. NULL is a value, too.
+    void SetAttribute(const XStringW& field, ZvAttributeColumn::Value value);
+    /// Why values were not taken by the last Do, each reason once.
+    const std::set<std::string>& Refusals() const { return m_refusals; }
+
+    Kind GetKind() const override { return Kind::Modify; }
+    XStringW DefaultName() const override { return u"Change Properties"; }
+    size_t MemUsage() const override;
+    bool IsNullOp() const override;
+    void Do() override;
+    void Undo() override;
+    void RemoveFromSet(const ZvSelection& leaving) override;
+
+private:
+    struct FormerState {
+        uint32_t name;
+        ZvEntityState state;
+    };
+    struct FormerValue {
+        uint32_t name;
+        size_t attribute; ///< index into m_attributes
+        bool hadRow;
+        ZvAttributeColumn::Value value;
+    };
+    bool TouchesStateOnly() const;
+    void ApplyProperties(ZvEntity& entity);
+    void ApplyFlags(ZvEntity& entity, ZvPropertySetter& setter);
+    void ApplyAttribute(ZvEntity& entity, size_t attribute);
+    void UndoAttribute(const FormerValue& former);
+
+    std::vector<std::pair<std::string, ZvProperty::Value>> m_values;
+    std::vector<std::pair<XStringW, ZvAttributeColumn::Value>> m_attributes;
+    std::vector<FormerState> m_states; ///< where only states change
+    ZvOriginals m_originals;           ///< where geometry may change
+    std::vector<FormerValue> m_formerValues;
+    std::set<std::string> m_refusals;
+};

@@ -1,0 +1,74 @@
+#include "Zelvan/Verbs/ZvVRecordNew.h"
+#include "Zelvan/ZvDrawing.h"
+#include "ZvCore/ZvErrors.h"
+
+ZvVRecordNew::ZvVRecordNew(ZvTable& table, std::unique_ptr<ZvTableRecord> record)
+    : ZvVerb(table.GetParent()), m_key{table.GetFullCode(), 0}, m_record(std::move(record)) {}
+
+ZvVRecordNew::ZvVRecordNew(ZvTable& table, const XStringW& name) : ZvVRecordNew(table, table.NewRecord()) {
+    m_record->SetNameFinal(name);
+}
+
+ZvVRecordNew::~ZvVRecordNew() = default;
+
+ZvTableRecord* ZvVRecordNew::Record() const {
+    return m_record ? m_record.get() : Drawing() ? m_key.Find(*Drawing()) : nullptr;
+}
+
+void ZvVRecordNew::Do() {
+    ZvTable* table = m_key.Table(*Drawing());
+    m_refused = !table || !m_record ||
+                (!m_record->GetName().IsEmpty() && !ZvTableRecord::CheckRecordName(m_record->GetName()));
+    if (m_refused) {
+        if (m_record)
+            ZvErrors::Report(ZvErrorCode::BadRecordName, m_record->GetName().ToUtf8());
+        return;
+    }
+    m_before = table->GetCounters();
+    m_formerCurrent = table->GetCurrent() ? table->GetCurrent()->GetId() : 0;
+    const ZvTableRecord* record = m_record.get();
+    m_refused = !Zv::Ok(table->Insert(std::move(m_record)));
+    if (m_refused)
+        return;
+    m_key.id = record->GetId();
+    m_after = table->GetCounters();
+}
+
+void ZvVRecordNew::Undo() {
+    ZvTableRecord* record = m_key.Find(*Drawing());
+    if (m_refused || !record)
+        return;
+    ZvTable& table = *record->GetTable();
+    const bool wasCurrent = table.GetCurrent() == record;
+    m_record = table.Withdraw(*record, m_before);
+    m_flagged = !m_record;
+    if (m_flagged)
+        record->SetErased(true);
+    if (wasCurrent)
+        table.SetCurrent(m_formerCurrent ? table.GetById(m_formerCurrent) : table.FindNewCurrent(record));
+}
+
+bool ZvVRecordNew::Redo() {
+    if (m_refused)
+        return true;
+    ZvTable* table = m_key.Table(*Drawing());
+    if (!m_flagged)
+        return table && table->Reinstate(m_record, m_key.id, m_after);
+    ZvTableRecord* record = m_key.Find(*Drawing());
+    if (record)
+        record->SetErased(false);
+    return record != nullptr;
+}
+
+/// Entities of a layer that was undone may still have names: they are given back while the table is known.
+void ZvVRecordNew::FlushNeverDone() {
+    if (!m_record)
+        return;
+    m_record->DropContents();
+    m_record->OnRemoving();
+    m_record.reset();
+}
+
+size_t ZvVRecordNew::MemUsage() const {
+    return ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) + (m_record ? m_record->MemUsage() : 0);
+}

@@ -1,0 +1,140 @@
+#include "Zelvan/Verbs/ZvVTextChange.h"
+#include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/ZvDrawing.h"
+#include "ZvCore/ZvErrors.h"
+
+namespace {
+
+template <class Holder>
+bool HasText(const Holder& holder, const std::string& property) {
+    ZvPropertyGatherer gatherer;
+    holder.GetProperties(gatherer);
+    const ZvProperty* found = gatherer.Find(property);
+    return found && found->writable && std::holds_alternative<XStringW>(found->value);
+}
+
+ZvLayer* LayerOf(const ZvDrawing& drawing, uint32_t name, const char* context) {
+    const ZvEntity* entity = drawing.GetEntity(ZvName(name));
+    ZvLayer* layer = entity ? entity->GetLayer() : nullptr;
+    if (!layer)
+        ZvErrors::Report(ZvErrorCode::VerbEntityGone, context);
+    return layer;
+}
+
+} // namespace
+
+bool ZvVTextChange::AddEntity(const ZvEntity& entity, const XStringW& text) {
+    ZvPropertyGatherer gatherer;
+    entity.GetProperties(gatherer, true);
+    const ZvProperty* found = gatherer.Find("Text");
+    if (!found || !std::holds_alternative<XStringW>(found->value))
+        return false;
+    Entities().Insert(&entity);
+    m_changes.push_back({OfEntity{entity.Name32()}, text});
+    return true;
+}
+
+bool ZvVTextChange::AddAttribute(const ZvEntity& entity, const XStringW& field, const XStringW& text) {
+    const ZvLayer* layer = entity.GetLayer();
+    const ZvAttributeTable* table = layer ? layer->AttributesOrNull() : nullptr;
+    const int index = table ? table->FindField(field) : -1;
+    if (index < 0 || table->Fields()[size_t(index)].type != ZvAttributeColumn::Type::String)
+        return false;
+    Entities().Insert(&entity);
+    m_changes.push_back({OfAttribute{entity.Name32(), field, false, {}}, text});
+    return true;
+}
+
+bool ZvVTextChange::AddRecord(const ZvTableRecord& record, const std::string& property,
+                              const XStringW& text) {
+    if (!record.IsInTable() || !HasText(record, property))
+        return false;
+    m_changes.push_back({OfRecord{ZvRecordKey::Of(record), property, {}}, text});
+    return true;
+}
+
+void ZvVTextChange::Do() {
+    m_originals.Clear();
+    for (Change& change : m_changes)
+        std::visit([&](auto& where) { Make(where, change.text); }, change.where);
+}
+
+void ZvVTextChange::Make(const OfEntity& where, const XStringW& text) {
+    ZvEntity* entity = Drawing()->GetEntity(ZvName(where.name));
+    if (!entity)
+        return ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVTextChange.Do");
+    if (!m_originals.Has(where.name))
+        m_originals.Keep(*entity);
+    ZvPropertySetter setter;
+    setter.Set("Text", text);
+    entity->SetProperties(setter);
+}
+
+void ZvVTextChange::Make(OfAttribute& where, const XStringW& text) {
+    ZvLayer* layer = LayerOf(*Drawing(), where.name, "ZvVTextChange.Do");
+    if (!layer || !layer->AttributesOrNull())
+        return;
+    where.hadRow = layer->Attributes().HasRow(where.name);
+    where.before = layer->Attributes().Get(where.name, where.field);
+    layer->Attributes().Set(where.name, where.field, text);
+}
+
+void ZvVTextChange::Make(OfRecord& where, const XStringW& text) {
+    ZvTableRecord* record = where.key.Find(*Drawing());
+    if (!record)
+        return ZvErrors::Report(ZvErrorCode::VerbRecordGone, "ZvVTextChange.Do");
+    where.before = ZvRecordState(*record);
+    ZvPropertySetter setter;
+    setter.Set(where.property, text);
+    record->SetProperties(setter);
+}
+
+void ZvVTextChange::Undo() {
+    for (auto change = m_changes.rbegin(); change != m_changes.rend(); ++change)
+        std::visit([&](const auto& where) { TakeBack(where); }, change->where);
+    m_originals.Restore(*Drawing(), "ZvVTextChange.Undo");
+}
+
+void ZvVTextChange::TakeBack(const OfAttribute& where) {
+    ZvLayer* layer = LayerOf(*Drawing(), where.name, "ZvVTextChange.Undo");
+    if (!layer)
+        return;
+    if (where.hadRow)
+        layer->Attributes().Set(where.name, where.field, where.before);
+    else
+        layer->Attributes().RemoveRow(where.name);
+}
+
+void ZvVTextChange::TakeBack(const OfRecord& where) {
+    if (ZvTableRecord* record = where.key.Find(*Drawing()))
+        (void)where.before.Restore(*record);
+    else
+        ZvErrors::Report(ZvErrorCode::VerbRecordGone, "ZvVTextChange.Undo");
+}
+
+void ZvVTextChange::RemoveFromSet(const ZvSelection& leaving) {
+    ZvVerb::RemoveFromSet(leaving);
+    m_originals.Remove(leaving);
+    std::erase_if(m_changes, [&](const Change& change) {
+        const auto* entity = std::get_if<OfEntity>(&change.where);
+        const auto* attribute = std::get_if<OfAttribute>(&change.where);
+        return (entity && leaving.Contains(ZvName(entity->name))) ||
+               (attribute && leaving.Contains(ZvName(attribute->name)));
+    });
+}
+
+size_t ZvVTextChange::MemUsage() const {
+    size_t bytes = ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) + m_originals.MemUsage() +
+                   m_changes.capacity() * sizeof(Change);
+    for (const Change& change : m_changes) {
+        bytes += change.text.Length() * 2;
+        if (const auto* record = std::get_if<OfRecord>(&change.where))
+            bytes += record->before.MemUsage();
+        else if (const auto* attribute = std::get_if<OfAttribute>(&change.where))
+            if (const auto* before = std::get_if<XStringW>(&attribute->before))
+                bytes += before->Length() * 2;
+    }
+    return bytes;
+}

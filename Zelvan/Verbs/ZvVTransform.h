@@ -1,0 +1,30 @@
+#pragma once
+#include "Zelvan/Verbs/ZvOriginals.h"
+#include "Zelvan/Verbs/ZvVerb.h"
+#include "ZvCore/Mat4T.h"
+
+/// Moves, turns, scales or mirrors entities by a matrix. Undo gives every bit back: what rounding would lose is kept.
+class ZV_API ZvVTransform : public ZvVerb {
+public:
+    ZvVTransform(const ZvSelection& entities, const Mat4d& xform);
+
+    const Mat4d& Transformation() const { return m_xform; }
+    /// Entities that Do left as they were since the result could not be stored (a matrix that is not finite or makes
+    /// coordinates too large).
+    int RefusedCount() const { return m_refused; }
+
+    Kind GetKind() const override { return Kind::Transform; }
+    XStringW DefaultName() const override { return u"Transform"; }
+    size_t MemUsage() const override;
+    bool IsNullOp() const override;
+    void Do() override;
+    void Undo() override;
+    void RemoveFromSet(const ZvSelection& leaving) override;
+
+private:
+    void TransformOne(ZvEntity& entity);
+
+    Mat4d m_xform;
+    ZvOriginals m_originals;
+    int m_refused = 0;
+};
