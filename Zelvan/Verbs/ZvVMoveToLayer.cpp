@@ -91,10 +91,10 @@ void ZvVMoveToLayer::BringBack(const Former& former, ZvLayer* from) {
 void ZvVMoveToLayer::UpdateLayersUsed() {
     ZvVerb::UpdateLayersUsed();
     if (ZvLayer* to = FindLayer(m_layerId))
-        m_layers.insert(to);
+        AddLayerUsed(to);
     for (const Former& former : m_former)
         if (ZvLayer* layer = FindLayer(former.layerId))
-            m_layers.insert(layer);
+            AddLayerUsed(layer);
 }
 
 void ZvVMoveToLayer::RemoveFromSet(const ZvSelection& leaving) {

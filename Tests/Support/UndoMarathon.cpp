@@ -1,0 +1,255 @@
+// The course: drawing, steps, oracle. The verbs are in UndoMarathonVerbs.cpp.
+#include "Tests/Support/UndoMarathon.h"
+#include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
+#include "Zelvan/Entities/ZvMultiPoint.h"
+#include "Zelvan/Entities/ZvPointEnt.h"
+#include "Zelvan/Entities/ZvXLine.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLineTypeTable.h"
+#include "Zelvan/Tables/ZvTextStyleTable.h"
+#include "Zelvan/Verbs/ZvVerb.h"
+#include "Zelvan/ZvDrawing.h"
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr uint64_t kStepsPerRound = 2000;
+constexpr int kMostVerbs = 150;
+
+} // namespace
+
+UndoMarathon::UndoMarathon(uint64_t seed) : m_seed(seed) {
+    StartRound();
+}
+
+UndoMarathon::~UndoMarathon() = default;
+
+uint32_t UndoMarathon::Below(uint32_t limit) {
+    return limit ? uint32_t(m_random() % limit) : 0;
+}
+
+double UndoMarathon::Coordinate() {
+    return double(Below(2'000'000)) / 1000.0 + double(Below(1000)) * 1e-7;
+}
+
+// --- what a round starts with ---------------------------------------------------------------------------------
+
+void UndoMarathon::StartRound() {
+    m_random.seed(m_seed * 1'000'003 + uint64_t(m_round++));
+    m_drawing.reset();
+    m_drawing = NativeFiles::Sample();
+    using Table = ZvAttributeTable;
+    for (const char16_t* name : {u"Houses", u"Paths"}) {
+        ZvLayer* layer = m_drawing->LayerTable()->InsertNew(XStringW(name));
+        layer->SetDescription(XStringW(u"of ") + name);
+        layer->Attributes().AddField({u"Id", Table::Type::Int64, 0, 0});
+        layer->Attributes().AddField({u"Label", Table::Type::String, 0, 0});
+    }
+    // The same name with another type: values that a move to this layer cannot take along.
+    ZvLayer* roads = m_drawing->LayerTable()->GetByName(u"Roads");
+    roads->Attributes().AddField({u"Id", Table::Type::String, 0, 0});
+    roads->Attributes().AddField({u"Width", Table::Type::Double, 0, 0});
+    m_drawing->LineTypeTable()->InsertNew(u"Dots")->SetDashes({0.5, 1});
+    m_drawing->TextStyleTable()->InsertNew(u"Small");
+    AddEntities(40 + int(Below(80)));
+    m_drawing->Verbs()->PurgeUndo();
+    (void)Save(); // what a first save computes and keeps is there from now on
+    m_states.assign(1, Save());
+}
+
+std::unique_ptr<ZvEntity> UndoMarathon::RandomEntity() {
+    const double x = Coordinate(), y = Coordinate();
+    if (OneIn(5))
+        return std::make_unique<ZvPointEnt>(Vec3d{x, y, OneIn(3) ? 2.5 : 0});
+    if (OneIn(8)) {
+        auto points = std::make_unique<ZvMultiPoint>();
+        std::vector<Vec3d> locations;
+        for (uint32_t i = 0; i < 2 + Below(6); ++i)
+            locations.push_back({x + i, y + Below(5), 0});
+        points->SetLocations(std::span<const Vec3d>(locations));
+        return points;
+    }
+    const bool polygon = OneIn(2), withHole = polygon && OneIn(2);
+    std::vector<Vec4d> vertices;
+    const uint32_t count = 4 + Below(24);
+    const bool z = OneIn(3);
+    const auto ring = [&](double radius) {
+        for (uint32_t i = 0; i < count; ++i)
+            vertices.push_back({x + radius * std::cos(i * 6.28 / count),
+                                y + radius * std::sin(i * 6.28 / count), z ? double(i) / 7 : 0, 0});
+    };
+    ring(1 + Below(50));
+    if (withHole)
+        ring(0.5);
+    const uint32_t closed = polygon ? ZvXLine::kClosedBit : 0u;
+    const uint32_t table[] = {closed, count | closed};
+    auto line = std::make_unique<ZvXLine>();
+    line->Set(withHole ? 2 : 1, table, vertices, polygon, z, false, OneIn(4) ? 1 : 0);
+    return line;
+}
+
+void UndoMarathon::AddEntities(int count) {
+    static const char16_t* const kLayers[] = {u"0", u"Roads", u"Houses", u"Paths"};
+    for (int i = 0; i < count; ++i) {
+        const ZvName name = m_drawing->Insert(RandomEntity(), XStringW(kLayers[Below(4)]));
+        GiveAttributes(*m_drawing->GetEntity(name));
+    }
+}
+
+void UndoMarathon::GiveAttributes(ZvEntity& entity) {
+    ZvLayer* layer = entity.GetLayer();
+    if (!layer->AttributesOrNull() || OneIn(3))
+        return;
+    ZvAttributeTable& table = layer->Attributes();
+    for (int field = 0; field < table.FieldCount(); ++field)
+        switch (table.Fields()[size_t(field)].type) {
+        case ZvAttributeTable::Type::Int64:
+            table.Set(entity.Name(), field, int64_t(Below(1000)));
+            break;
+        case ZvAttributeTable::Type::Double:
+            table.Set(entity.Name(), field, Coordinate());
+            break;
+        default:
+            table.Set(entity.Name(), field, XStringW::Format("text %u", Below(30)));
+        }
+}
+
+// --- steps ----------------------------------------------------------------------------------------------------
+
+bool UndoMarathon::Run(uint64_t steps) {
+    for (uint64_t i = 0; i < steps; ++i, ++m_step) {
+        if (m_step % kStepsPerRound == kStepsPerRound - 1)
+            StartRound();
+        if (!Step())
+            return false;
+    }
+    return true;
+}
+
+bool UndoMarathon::Step() {
+    const uint32_t choice = Below(100);
+    if (m_drawing->Verbs()->StackSize() > kMostVerbs || choice == 99)
+        return PurgeAll();
+    if (choice < 45)
+        return DoOne();
+    if (choice < 72)
+        return UndoOne();
+    if (choice < 94)
+        return RedoOne();
+    return Section();
+}
+
+bool UndoMarathon::DoOne() {
+    static const int total = [] {
+        int sum = 0;
+        for (const Kind& kind : AllKinds())
+            sum += kind.weight;
+        return sum;
+    }();
+    int at = int(Below(uint32_t(total)));
+    const Kind* kind = AllKinds().data();
+    while (at >= kind->weight)
+        at -= kind++->weight;
+    Verb verb = (this->*kind->make)();
+    if (!verb)
+        return true;
+    ++m_counts[kind->name];
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    const size_t before = size_t(stack.Position());
+    m_states.resize(before + 1);
+    const int sequence = stack.DoVerb(verb.release());
+    if (!sequence)
+        return Fail(std::string(kind->name) + " did not stay on the stack");
+    m_states.push_back(Save());
+    while (m_states.size() > size_t(stack.Position()) + 1) // the oldest verbs went for the budget
+        m_states.pop_front();
+    return CheckBudget();
+}
+
+bool UndoMarathon::CheckBudget() {
+    const ZvVerbStack& stack = *m_drawing->Verbs();
+    const ZvVerb* newest = stack.GetVerb(stack.StackSize() - 1);
+    const size_t older = stack.MemUsage() - (newest ? newest->MemUsage() : 0);
+    return older <= size_t(stack.Budget()) || Fail("older verbs hold more than the undo budget");
+}
+
+bool UndoMarathon::UndoOne() {
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    if (!stack.CanUndo())
+        return true;
+    ++m_counts["- undo"];
+    const std::string name = stack.GetVerb(stack.Position() - 1)->GetName().ToUtf8();
+    if (!stack.Undo())
+        return Fail("\"" + name + "\" was not undone");
+    return Expect(m_states[size_t(stack.Position())], "undo of \"" + name + "\"");
+}
+
+bool UndoMarathon::RedoOne() {
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    if (!stack.CanRedo())
+        return true;
+    ++m_counts["- redo"];
+    const std::string name = stack.GetVerb(stack.Position())->GetName().ToUtf8();
+    if (!stack.Redo())
+        return Fail("\"" + name + "\" was not redone");
+    return Expect(m_states[size_t(stack.Position())], "redo of \"" + name + "\"");
+}
+
+bool UndoMarathon::PurgeAll() {
+    ++m_counts["- purge"];
+    const NativeFiles::Bytes before = Save();
+    m_drawing->Verbs()->PurgeUndo();
+    if (OneIn(2))
+        m_drawing->PurgeErased();
+    m_states.assign(1, before);
+    return Expect(before, "purge");
+}
+
+bool UndoMarathon::Expect(const NativeFiles::Bytes& state, const std::string& after) {
+    const NativeFiles::Bytes now = Save();
+    if (now == state)
+        return true;
+    const auto differ = std::mismatch(now.begin(), now.end(), state.begin(), state.end());
+    return Fail("after " + after + " the drawing differs from byte " +
+                std::to_string(differ.first - now.begin()) + " on (" + std::to_string(now.size()) +
+                " bytes, " + std::to_string(state.size()) + " expected)");
+}
+
+bool UndoMarathon::Fail(const std::string& what) {
+    m_failure = "seed " + std::to_string(m_seed) + ", step " + std::to_string(m_step) + ": " + what;
+    return false;
+}
+
+NativeFiles::Bytes UndoMarathon::Save() {
+    ZvNativeOptions options;
+    options.compressionLevel = 0;
+    options.blockDigests = false;
+    options.threads = false;
+    options.orderByName = true;
+    return NativeFiles::Save(*m_drawing, options);
+}
+
+bool UndoMarathon::RoundTrip(const std::string& kind, bool& changed) {
+    const auto found =
+        std::find_if(AllKinds().begin(), AllKinds().end(), [&](const Kind& k) { return k.name == kind; });
+    Verb verb = (this->*found->make)();
+    if (!verb)
+        return true;
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    const NativeFiles::Bytes before = Save();
+    if (!stack.DoVerb(verb.release()))
+        return Fail(kind + " did not stay on the stack");
+    const NativeFiles::Bytes after = Save();
+    changed = before != after;
+    return stack.Undo() && Expect(before, "undo of " + kind) && stack.Redo() &&
+           Expect(after, "redo of " + kind) && stack.Undo() && Expect(before, "second undo of " + kind);
+}
+
+std::vector<std::string> UndoMarathon::Kinds() {
+    std::vector<std::string> names;
+    for (const Kind& kind : AllKinds())
+        names.push_back(kind.name);
+    return names;
+}
