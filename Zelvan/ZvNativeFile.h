@@ -30,10 +30,7 @@ struct ZvNativeOptions {
     bool purgeUnused = false;         ///< writing: purge unused table records first
     bool selectionOnly = false;       ///< writing: only `selection` and the records that it uses
     ZvSelection* selection = nullptr; ///< reading: entities that the load removes are taken out of it
-    /// Writing: entities of a layer in the order of their names instead of drawing, so that drawings which hold the same
-    /// give the same bytes whatever their trees went through. For comparing.
-    bool orderByName = false;
-    bool preview = false; ///< writing: store a thumbnail record
+    bool preview = false;             ///< writing: store a thumbnail record
     /// Draws the thumbnail into the bitmap (its size is set). Empty: the engine's own raster surface.
     std::function<bool(ZvDrawing&, ZvPreviewBitmap&)> previewRenderer;
     ZvMergeProfile* merge = nullptr; ///< reading into a drawing that has content

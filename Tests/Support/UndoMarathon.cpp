@@ -1,6 +1,7 @@
 // The course: drawing, steps, oracle. The verbs are in UndoMarathonVerbs.cpp.
 #include "Tests/Support/UndoMarathon.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/DrawingAux/ZvUndoSettings.h"
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvMultiPoint.h"
 #include "Zelvan/Entities/ZvPointEnt.h"
@@ -10,6 +11,7 @@
 #include "Zelvan/Tables/ZvTextStyleTable.h"
 #include "Zelvan/Verbs/ZvVerb.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvServer.h"
 #include <algorithm>
 #include <cmath>
 
@@ -18,13 +20,20 @@ namespace {
 constexpr uint64_t kStepsPerRound = 2000;
 constexpr int kMostVerbs = 150;
 
+ZvCore::Settings& ApplicationSettings() {
+    return ZvServer::Instance().Settings();
+}
+
 } // namespace
 
 UndoMarathon::UndoMarathon(uint64_t seed) : m_seed(seed) {
+    m_formerBudget = ApplicationSettings().GetInt(ZvUndoSettings::kBudgetKey, ZvUndoSettings::kDefaultBudget);
     StartRound();
 }
 
-UndoMarathon::~UndoMarathon() = default;
+UndoMarathon::~UndoMarathon() {
+    ApplicationSettings().Set(ZvUndoSettings::kBudgetKey, m_formerBudget);
+}
 
 uint32_t UndoMarathon::Below(uint32_t limit) {
     return limit ? uint32_t(m_random() % limit) : 0;
@@ -39,6 +48,8 @@ double UndoMarathon::Coordinate() {
 void UndoMarathon::StartRound() {
     m_random.seed(m_seed * 1'000'003 + uint64_t(m_round++));
     m_drawing.reset();
+    ApplicationSettings().Set(ZvUndoSettings::kBudgetKey,
+                              int64_t(OneIn(2) ? 10'000'000 : 20'000 + Below(200'000)));
     m_drawing = NativeFiles::Sample();
     using Table = ZvAttributeTable;
     for (const char16_t* name : {u"Houses", u"Paths"}) {
@@ -132,6 +143,8 @@ bool UndoMarathon::Step() {
     const uint32_t choice = Below(100);
     if (m_drawing->Verbs()->StackSize() > kMostVerbs || choice == 99)
         return PurgeAll();
+    if (choice == 98 && OneIn(5))
+        return DeleteClean();
     if (choice < 45)
         return DoOne();
     if (choice < 72)
@@ -207,11 +220,35 @@ bool UndoMarathon::PurgeAll() {
     return Expect(before, "purge");
 }
 
+/// Deleting for good takes entities out of the middle of the history: what is left of it must still run, and the oracle
+/// starts anew.
+bool UndoMarathon::DeleteClean() {
+    ++m_counts["- deletion for good"];
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    const ZvSelection leaving = Some(4);
+    stack.DeleteEntitiesClean(&leaving);
+    for (int i = 0; i < leaving.Count(); ++i)
+        if (leaving.Check(i))
+            return Fail("an entity outlived its deletion");
+    const NativeFiles::Bytes now = Save();
+    if (OneIn(2)) {
+        stack.PurgeUndo();
+        m_states.assign(1, now);
+        return Expect(now, "purge after a deletion for good");
+    }
+    while (stack.CanUndo() && stack.Undo())
+        ;
+    stack.PurgeUndo();
+    m_states.assign(1, Save());
+    return true;
+}
+
 bool UndoMarathon::Expect(const NativeFiles::Bytes& state, const std::string& after) {
     const NativeFiles::Bytes now = Save();
     if (now == state)
         return true;
-    const auto differ = std::mismatch(now.begin(), now.end(), state.begin(), state.end());
+    constexpr size_t kHead = 104; // holds the digest
+    const auto differ = std::mismatch(now.begin() + kHead, now.end(), state.begin() + kHead, state.end());
     return Fail("after " + after + " the drawing differs from byte " +
                 std::to_string(differ.first - now.begin()) + " on (" + std::to_string(now.size()) +
                 " bytes, " + std::to_string(state.size()) + " expected)");
@@ -252,4 +289,21 @@ std::vector<std::string> UndoMarathon::Kinds() {
     for (const Kind& kind : AllKinds())
         names.push_back(kind.name);
     return names;
+}
+
+bool UndoMarathon::Section() {
+    ++m_counts["- section"];
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    const bool barrier = OneIn(3), rollBack = OneIn(2);
+    const int id = stack.VerbBeginSection(barrier ? ZvVerbStack::kSectionBarrier : 0);
+    m_states.resize(size_t(stack.Position()) + 1);
+    if (barrier && (stack.Undo() || !Expect(m_states.back(), "an undo that a section bars")))
+        return Fail("a section did not bar the undo");
+    for (uint32_t count = Below(4); count > 0; --count)
+        if (!DoOne())
+            return false;
+    if (!stack.VerbEndSection(id, rollBack ? ZvVerbStack::kSectionRollBack : 0))
+        return Fail("a section did not end");
+    m_states.resize(size_t(stack.Position()) + 1);
+    return Expect(m_states.back(), rollBack ? "a section rolled back" : "a section");
 }

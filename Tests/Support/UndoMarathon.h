@@ -57,6 +57,7 @@ private:
     bool UndoOne();
     bool RedoOne();
     bool PurgeAll();
+    bool DeleteClean();
     bool Section();
     bool CheckBudget();
     bool Expect(const NativeFiles::Bytes& state, const std::string& after);
@@ -64,6 +65,12 @@ private:
     NativeFiles::Bytes Save();
 
     // Verbs.
+    Verb Create();
+    Verb Erase();
+    Verb Modify();
+    Verb Replace();
+    Verb Convert();
+    Verb Aggregate();
     Verb MoveToLayer();
     Verb PropertyChange();
     Verb GeometryProperty();
@@ -90,6 +97,7 @@ private:
     uint64_t m_seed;
     uint64_t m_step = 0;
     int m_round = 0;
+    int64_t m_formerBudget = 0; ///< application setting
     std::mt19937_64 m_random;
     std::unique_ptr<ZvDrawing> m_drawing;
     std::deque<NativeFiles::Bytes> m_states; ///< by stack position

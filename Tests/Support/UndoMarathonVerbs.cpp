@@ -4,9 +4,15 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Tables/ZvLineTypeTable.h"
+#include "Zelvan/Verbs/ZvVAggregate.h"
 #include "Zelvan/Verbs/ZvVChangeSS.h"
+#include "Zelvan/Verbs/ZvVConvert.h"
 #include "Zelvan/Verbs/ZvVDrawOrder.h"
+#include "Zelvan/Verbs/ZvVEntModify.h"
+#include "Zelvan/Verbs/ZvVEntNew.h"
 #include "Zelvan/Verbs/ZvVEntTiny.h"
+#include "Zelvan/Verbs/ZvVErase.h"
+#include "Zelvan/Verbs/ZvVModify.h"
 #include "Zelvan/Verbs/ZvVMoveGrip.h"
 #include "Zelvan/Verbs/ZvVMoveToLayer.h"
 #include "Zelvan/Verbs/ZvVPropertyChange.h"
@@ -22,6 +28,12 @@
 const std::vector<UndoMarathon::Kind>& UndoMarathon::AllKinds() {
     using M = UndoMarathon;
     static const std::vector<Kind> kinds = {
+        {"creation", &M::Create, 8},
+        {"erasure", &M::Erase, 6},
+        {"modification", &M::Modify, 6},
+        {"replacement", &M::Replace, 5},
+        {"conversion", &M::Convert, 5},
+        {"aggregate", &M::Aggregate, 6},
         {"move to layer", &M::MoveToLayer, 8},
         {"properties", &M::PropertyChange, 8},
         {"geometry property", &M::GeometryProperty, 4},
@@ -69,6 +81,68 @@ ZvTable* UndoMarathon::AnyTable() {
     if (OneIn(3))
         return m_drawing->LineTypeTable();
     return m_drawing->TableTable()->Get(int(Below(uint32_t(m_drawing->TableTable()->Count()))));
+}
+
+// --- whole entities -------------------------------------------------------------------------------------------
+
+UndoMarathon::Verb UndoMarathon::Create() {
+    auto verb = std::make_unique<ZvVEntNew>(m_drawing.get());
+    for (uint32_t count = 1 + Below(3); count > 0; --count)
+        verb->Add(RandomEntity(), AnyLayer()->GetName());
+    return verb;
+}
+
+UndoMarathon::Verb UndoMarathon::Erase() {
+    return std::make_unique<ZvVErase>(Some(5));
+}
+
+UndoMarathon::Verb UndoMarathon::Modify() {
+    auto verb = std::make_unique<ZvVEntModify>(m_drawing.get());
+    const ZvSelection some = Some(3);
+    const bool byCopies = OneIn(2);
+    for (int i = 0; i < some.Count(); ++i) {
+        ZvEntity& entity = *some.GetEntity(i);
+        if (byCopies) {
+            std::unique_ptr<ZvEntity> copy = entity.Clone();
+            copy->Translate({1.5, -2, 0});
+            verb->AddOriginalAndModified(entity, std::move(copy));
+        } else {
+            verb->AddOriginal(entity);
+            entity.Transform(Mat4d::RotationZ(0.7));
+            entity.SetColor(ZvColor(int(Below(200))));
+        }
+    }
+    if (!byCopies)
+        verb->StoreModified();
+    return verb;
+}
+
+UndoMarathon::Verb UndoMarathon::Replace() {
+    auto verb = std::make_unique<ZvVModify>(m_drawing.get());
+    const ZvSelection some = Some(3);
+    for (int i = 0; i < some.Count(); ++i)
+        verb->Add1To1(some.GetEntity(i), RandomEntity());
+    return verb;
+}
+
+UndoMarathon::Verb UndoMarathon::Convert() {
+    auto verb = std::make_unique<ZvVConvert>(m_drawing.get());
+    const ZvSelection some = Some(3);
+    for (int i = 0; i < some.Count(); ++i)
+        verb->AddPair(some.GetEntity(i), RandomEntity());
+    return verb;
+}
+
+/// Of verbs that find what they need whatever the others did before.
+UndoMarathon::Verb UndoMarathon::Aggregate() {
+    auto verb = std::make_unique<ZvVAggregate>(m_drawing.get());
+    static constexpr Verb (UndoMarathon::*kParts[])() = {
+        &UndoMarathon::Create,         &UndoMarathon::MoveToLayer, &UndoMarathon::PropertyChange,
+        &UndoMarathon::Erase,          &UndoMarathon::Transform,   &UndoMarathon::DrawOrder,
+        &UndoMarathon::AttributeChange};
+    for (uint32_t count = 1 + Below(4); count > 0; --count)
+        verb->Add((this->*kParts[Below(7)])());
+    return verb;
 }
 
 // --- entities -------------------------------------------------------------------------------------------------
@@ -211,16 +285,4 @@ UndoMarathon::Verb UndoMarathon::RecordEdited() {
     layer->SetStrata(int(Below(3)));
     verb->StoreModified();
     return verb;
-}
-
-// --- sections -------------------------------------------------------------------------------------------------
-
-bool UndoMarathon::Section() {
-    ++m_counts["- section"];
-    ZvVerbStack& stack = *m_drawing->Verbs();
-    (void)stack;
-    for (uint32_t count = Below(4); count > 0; --count)
-        if (!DoOne())
-            return false;
-    return true;
 }

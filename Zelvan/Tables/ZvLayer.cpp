@@ -324,10 +324,7 @@ void ZvLayer::TableUpdate(ZvNativeDesc& desc) {
 bool ZvLayer::ContentsOut(ZvNativeDesc& desc) const {
     dvect<ZvEntity*> inTreeOrder;
     m_tree->EnumAll(inTreeOrder, false);
-    std::vector<ZvEntity*> entities(inTreeOrder.begin(), inTreeOrder.end());
-    if (desc.Native().Options().orderByName)
-        std::sort(entities.begin(), entities.end(),
-                  [](const ZvEntity* a, const ZvEntity* b) { return a->Name32() < b->Name32(); });
+    const std::vector<ZvEntity*> entities(inTreeOrder.begin(), inTreeOrder.end());
     desc.Native().WriteEntityChunks(entities);
     if (desc.File().Error() || desc.Native().IsAborted())
         return true;

@@ -21,7 +21,7 @@ public:
     /// Distinct states among the entities.
     size_t StateCount() const { return m_states.size(); }
 
-    Kind GetKind() const override { return Kind::Modify; }
+    Kind GetKind() const override { return Kind::Tiny; }
     XStringW DefaultName() const override { return u"Change Attributes"; }
     size_t MemUsage() const override;
     bool IsNullOp() const override;

@@ -16,7 +16,7 @@ public:
     /// Moves the grips to where they go (`forward`) or back.
     void DoInternal(bool forward);
 
-    Kind GetKind() const override { return Kind::Modify; }
+    Kind GetKind() const override { return Kind::MoveGrip; }
     XStringW DefaultName() const override { return u"Move Grip"; }
     size_t MemUsage() const override;
     bool IsNullOp() const override;

@@ -23,7 +23,7 @@ public:
     /// Why values were not taken by the last Do, each reason once.
     const std::set<std::string>& Refusals() const { return m_refusals; }
 
-    Kind GetKind() const override { return Kind::Modify; }
+    Kind GetKind() const override { return Kind::PropertyChange; }
     XStringW DefaultName() const override { return u"Change Properties"; }
     size_t MemUsage() const override;
     bool IsNullOp() const override;

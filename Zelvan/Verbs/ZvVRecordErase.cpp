@@ -56,9 +56,8 @@ void ZvVRecordErase::Do() {
         if (entry.wasCurrent)
             table.SetCurrent(table.FindNewCurrent(record));
     }
-    ZvSelection selected(Drawing()->CurrentSelection());
-    selected.Remove(Entities());
-    Drawing()->ChangeSelection(selected);
+    m_erasedBytes = MemUsageOf(Entities());
+    LeaveSelection(Entities(), true);
 }
 
 void ZvVRecordErase::EraseContents(ZvTableRecord& record) {
@@ -162,7 +161,7 @@ void ZvVRecordErase::Undo() {
     for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry) {
         ZvTableRecord* record = entry->key.Find(*Drawing());
         if (!record) {
-            ZvErrors::Report(ZvErrorCode::VerbLayerGone, "ZvVRecordErase.Undo");
+            ZvErrors::Report(ZvErrorCode::VerbRecordGone, "ZvVRecordErase.Undo");
             continue;
         }
         (void)entry->before.Restore(*record);
@@ -172,6 +171,7 @@ void ZvVRecordErase::Undo() {
     for (int i = 0; i < Entities().Count(); ++i)
         if (ZvEntity* entity = Entities().GetEntityQuiet(i))
             entity->SetErased(false);
+    m_erasedBytes = 0;
     m_referrers.Restore(*Drawing(), "ZvVRecordErase.Undo");
     for (const auto& [key, state] : m_referringRecords)
         if (ZvTableRecord* record = key.Find(*Drawing()))
@@ -187,11 +187,7 @@ void ZvVRecordErase::Undo() {
 
 /// The records keep their places; their entities, which nothing can bring back now, go.
 void ZvVRecordErase::FlushDone() {
-    for (int i = Entities().Count() - 1; i >= 0; --i) {
-        ZvEntity* entity = Entities().GetEntityQuiet(i);
-        if (entity && entity->IsErased() && entity->Owner())
-            entity->Owner()->OwnerRemoveAndDelete(entity);
-    }
+    ManageEntityDeletion(Entities().Names());
     Entities().Clear();
     m_referrers.Clear();
 }

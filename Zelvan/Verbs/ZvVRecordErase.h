@@ -21,7 +21,7 @@ public:
     /// False for a record that the table cannot do without, or one added or erased already.
     bool Add(const ZvTableRecord& record);
 
-    Kind GetKind() const override { return Kind::Erase; }
+    Kind GetKind() const override { return Kind::Record; }
     XStringW DefaultName() const override { return u"Delete Record"; }
     size_t MemUsage() const override;
     bool IsNullOp() const override { return m_entries.empty(); }
@@ -49,4 +49,5 @@ private:
     ZvLineType m_currentLineType; ///< the drawing's current attributes
     ZvBrush m_currentBrush;
     int m_currentTextStyle = -1;
+    size_t m_erasedBytes = 0; ///< of the erased entities, which live for the verb alone
 };

@@ -21,7 +21,7 @@ public:
     /// Why values were not taken by the last Do.
     const std::vector<std::string>& Refusals() const { return m_refusals; }
 
-    Kind GetKind() const override { return Kind::Modify; }
+    Kind GetKind() const override { return Kind::Record; }
     XStringW DefaultName() const override { return u"Edit Record"; }
     size_t MemUsage() const override;
     bool IsNullOp() const override;

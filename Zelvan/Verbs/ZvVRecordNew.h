@@ -18,6 +18,7 @@ public:
     ZvTableRecord* Record() const;
     bool WasRefused() const { return m_refused; }
 
+    Kind GetKind() const override { return Kind::Record; }
     void FlushNeverDone() override;
     XStringW DefaultName() const override { return u"New Record"; }
     size_t MemUsage() const override;

@@ -18,7 +18,7 @@ public:
     /// `property`: "Name", "Description" or another text of GetProperties.
     bool AddRecord(const ZvTableRecord& record, const std::string& property, const XStringW& text);
 
-    Kind GetKind() const override { return Kind::Modify; }
+    Kind GetKind() const override { return Kind::TextChange; }
     XStringW DefaultName() const override { return u"Change Text"; }
     size_t MemUsage() const override;
     bool IsNullOp() const override { return m_changes.empty(); }
