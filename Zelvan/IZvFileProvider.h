@@ -7,6 +7,9 @@
 #include <filesystem>
 #include <vector>
 
+namespace ZvCore {
+class IFileSystem;
+}
 class IZvHost;
 class ZvDrawing;
 class ZvLossReport;
@@ -24,6 +27,11 @@ struct ZvFileOptions {
     ZvLossReport* losses = nullptr;
     /// Set: questions may be asked there.
     IZvHost* host = nullptr;
+    /// Where the native provider reads and writes; null: the system's.
+    ZvCore::IFileSystem* files = nullptr;
+    /// Save: set by the native provider to the number of entities that it left out because they could not be written, each told in
+    /// the errors. May be null.
+    uint64_t* unwritten = nullptr;
 };
 
 /// Reads and writes drawings in formats of its own. Never throws; a refusal adds a text (what, where, what to

@@ -9,6 +9,7 @@
 #include "Zelvan/View/ZvView.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvFileFormatServer.h"
+#include "Zelvan/ZvRecovery.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
 #include "ZvCore/Platform/Platform.h"
@@ -37,11 +38,35 @@ std::unique_ptr<ZvCore::IProgress> StartProgress(IZvHost* host, int title) {
 
 } // namespace
 
-ZvDrawingIO::ZvDrawingIO(ZvDrawing& drawing) : m_drawing(drawing) {
+ZvDrawingIO::ZvDrawingIO(ZvDrawing& drawing)
+    : m_drawing(drawing), m_files(&ZvCore::IFileSystem::System()),
+      m_backupSettings(&ZvBackupSettings::Application()) {
     ResetSaveTime();
 }
 
 ZvDrawingIO::~ZvDrawingIO() = default;
+
+void ZvDrawingIO::SetFiles(ZvCore::IFileSystem& files) {
+    m_lock.Release();
+    m_files = &files;
+}
+
+void ZvDrawingIO::SetDrawingFileName(const std::filesystem::path& file) {
+    if (file != m_fileName) {
+        m_lock.Release();
+        m_seen = {};
+        m_lastPeriodic = -1;
+    }
+    m_fileName = file;
+}
+
+void ZvDrawingIO::NoteSeen() {
+    m_seen = m_fileName.empty() ? ZvCore::IFileSystem::Info() : m_files->Look(m_files->Resolve(m_fileName));
+}
+
+bool ZvDrawingIO::IsNative(const ZvFileFormat& format) const {
+    return format.provider == m_drawing.FileFormats().GetNativeSaveFormat()->provider;
+}
 
 const ZvFileFormat* ZvDrawingIO::GetLastFormat() const {
     return m_lastFormat.empty() ? nullptr : m_drawing.FileFormats().GetFormatById(m_lastFormat);
@@ -96,8 +121,16 @@ Zv::Status ZvDrawingIO::LoadFile(const std::filesystem::path& file, uint32_t fla
     IOErrorSet own;
     IOErrorSet& set = errors ? *errors : own;
     const ZvFileFormat* format = m_drawing.FileFormats().GetFormat(file);
-    if (format && format->canLoad)
+    if (format && format->canLoad) {
+        const bool mayRecover = IsNative(*format) && m_drawing.Host() &&
+                                !(flags & (ZvIOFlag::Quiet | ZvIOFlag::Merge | ZvIOFlag::KeepName));
+        const ZvBackups backups = Backups();
+        const ZvRecovery recovery(*m_files, backups);
+        const std::filesystem::path target = m_files->Resolve(file);
+        if (mayRecover && recovery.HasReason(target))
+            (void)recovery.Offer(target, *m_drawing.Host());
         return LoadFileInternal(file, *format, flags, set, options);
+    }
     set.Add(
         0, XStringA::Format(ZvStrings::Get(ZvStr::LoadNoFormat), ZvPlatform::PathToUtf8(file).c_str()).Str());
     if (!(flags & ZvIOFlag::Quiet))
@@ -130,6 +163,7 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     ApplyLoadFlags(flags, options);
     if (!(flags & ZvIOFlag::Quiet) && !options.host)
         options.host = m_drawing.Host();
+    options.files = m_files;
     const auto content = [&] {
         return std::pair(m_drawing.LayerTable()->GetAccumModStamp(), m_drawing.NameTable().Count());
     };
@@ -146,7 +180,7 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     const bool touched = content() != before || Zv::Ok(status);
     if (touched)
         PostLoadCleanupObligatoir(flags & ZvIOFlag::Merge);
-    PostLoadCleanup(file, format, flags, status, touched);
+    PostLoadCleanup(file, format, flags, status, touched, errors);
     PostLoadRunScheduledActions();
     m_drawing.PostEvent(ZvDrawingEvent::Loaded, Zv::Ok(status));
     if (!(flags & ZvIOFlag::Quiet))
@@ -158,12 +192,25 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
 
 /// What the drawing stands for now. After half a load it stands for no file: saving it must not replace a whole one.
 void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format,
-                                  uint32_t flags, Zv::Status status, bool touched) {
+                                  uint32_t flags, Zv::Status status, bool touched, IOErrorSet& errors) {
     if (flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName)) {
         if (touched)
             SetDrawingDirty(true);
     } else if (Zv::Ok(status)) {
-        m_fileName = NormalizeName(file);
+        SetDrawingFileName(NormalizeName(file));
+        NoteSeen();
+        ZvDrawingLock lock;
+        const std::filesystem::path target = m_files->Resolve(m_fileName);
+        if (IsNative(format) && !m_lock.IsFor(target) && m_files->CanWriteIn(m_files->FolderOf(target))) {
+            if (lock.Take(*m_files, target) == ZvDrawingLock::Outcome::Held)
+                errors.Add(0,
+                           XStringA::Format(
+                               ZvStrings::Get(ZvStr::LoadIsEdited), ZvPlatform::PathToUtf8(target).c_str(),
+                               std::to_string(lock.Other().process).c_str(), lock.Other().host.c_str())
+                               .Str(),
+                           IOErrorSet::Severity::Warning);
+            m_lock = std::move(lock);
+        }
         m_lastFormat = format.id;
         RestoreCurrentView();
         SetDrawingDirty(false);

@@ -1,5 +1,7 @@
 #pragma once
 #include "Zelvan/IZvFileProvider.h"
+#include "Zelvan/ZvBackups.h"
+#include "Zelvan/ZvDrawingLock.h"
 #include "Zelvan/ZvSelection.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/DateTime.h"
@@ -34,8 +36,8 @@ enum : uint32_t {
 /// whether the drawing is dirty.
 ///
 /// Saving over an existing file: (1) the new content goes to a temporary file beside the target, flushed to
-/// disk; (2) it is read back and checked; (3) it takes the target's name in one step. A failure in (1) or (2)
-/// leaves the target as it was.
+/// disk; (2) it is read back and checked; (3) the old file gets its backup's name, too; (4) the temporary file takes the target's
+/// name in one step. A failure before (4) leaves the target as it was. Docs/saving.md has the whole of it.
 class ZV_API ZvDrawingIO {
 public:
     explicit ZvDrawingIO(ZvDrawing& drawing);
@@ -63,6 +65,9 @@ public:
                         const ZvFileOptions* options = nullptr);
     Zv::Status SaveNative(const std::filesystem::path& file, uint32_t flags = 0,
                           IOErrorSet* errors = nullptr);
+    /// Writes the native format to that very file: no temporary file, no backup, no check. For scratch copies.
+    Zv::Status SaveNativeInternal(const std::filesystem::path& file, uint32_t flags, IOErrorSet& errors,
+                                  const ZvFileOptions* options = nullptr);
     static void ApplySaveFlags(uint32_t flags, ZvFileOptions& options);
     /// "a.zvf" and "a.zvf.zvd" become "a.zvd", in any case of letters; other names stay.
     static std::filesystem::path NormalizeName(const std::filesystem::path& file);
@@ -71,8 +76,8 @@ public:
     bool IsFileSaveBusy() const { return m_saving > 0; }
 
     // --- name and format ----------------------------------------------------------------------------------
-    void SetDrawingFileName(const std::filesystem::path& file) { m_fileName = file; }
-    void ForgetDrawingFileName() { m_fileName.clear(); }
+    void SetDrawingFileName(const std::filesystem::path& file);
+    void ForgetDrawingFileName() { SetDrawingFileName({}); }
     const std::filesystem::path& DrawingFileName() const { return m_fileName; }
     /// What the drawing was last read or written with; null when neither, or when its provider is gone.
     const ZvFileFormat* GetLastFormat() const;
@@ -89,6 +94,31 @@ public:
     /// Nothing is suppressed any more.
     void ResetSaveTime();
 
+    // --- backups ------------------------------------------------------------------------------------------
+    /// The program's settings unless others are set; they must outlive this.
+    const ZvBackupSettings& BackupSettings() const { return *m_backupSettings; }
+    void SetBackupSettings(const ZvBackupSettings* settings);
+    /// Writes the drawing to the next file of its series, then purges. Without `force` only when it changed since it was last saved
+    /// or backed up, and periodic backups are on (NotStarted otherwise). The host calls it every `periodicMinutes`.
+    Zv::Status PeriodicBackup(bool force);
+    int PeriodicBackupPurge(const std::filesystem::path& directory) const;
+    bool CheckBackupPath(bool quiet) const;
+    std::filesystem::path GetInstantBackupFilename(const std::filesystem::path& path) const;
+    std::filesystem::path GetPeriodicBackupFilename(const std::filesystem::path& path) const;
+    static XStringW PeriodicNamePrefix() { return ZvBackups::PeriodicNamePrefix(); }
+
+    // --- several files, media -----------------------------------------------------------------------------
+    /// Opens each of the names: recordings are replayed by the command "ScreenRecord", images are placed, all else goes to `open`
+    /// (empty: into this drawing, those after the first added to it). Many names are asked about first. The number opened.
+    int GenericFileLoader(const std::vector<std::filesystem::path>& files,
+                          const std::function<Zv::Status(const std::filesystem::path&)>& open = {});
+    /// Where a file is that the drawing refers to: `media` itself, or what the user chose in its place; empty when it is missing.
+    std::filesystem::path LocateMedia(const std::filesystem::path& media);
+
+    /// Where files are read and written, the system's unless set; must outlive this.
+    ZvCore::IFileSystem& Files() const { return *m_files; }
+    void SetFiles(ZvCore::IFileSystem& files);
+
     /// Headings "File Load Errors" and "File SaveBusy Errors"; nothing for an empty set.
     void ShowLoadErrors(const IOErrorSet& errors);
     void ShowSaveErrors(const IOErrorSet& errors);
@@ -97,21 +127,37 @@ private:
     Zv::Status LoadFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                                 IOErrorSet& errors, const ZvFileOptions* given);
     void PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
-                         Zv::Status status, bool touched);
+                         Zv::Status status, bool touched, IOErrorSet& errors);
     void PostLoadCleanupObligatoir(bool merged);
     void PostLoadRunScheduledActions();
     Zv::Status SaveFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                                 IOErrorSet& errors, const ZvFileOptions* given);
+    bool MayReplace(const std::filesystem::path& target, uint32_t flags, IOErrorSet& errors);
+    bool LockFor(const std::filesystem::path& target, ZvDrawingLock& lock, IOErrorSet& errors);
     Zv::Status WriteAndReplace(const std::filesystem::path& target, const ZvFileFormat& format,
-                               uint32_t flags, const ZvFileOptions& options, IOErrorSet& errors);
-    bool VerifyWritten(const std::filesystem::path& file, IOErrorSet& errors) const;
+                               bool keepBackup, uint32_t flags, ZvFileOptions& options, IOErrorSet& errors);
+    bool PutInPlace(const std::filesystem::path& written, const std::filesystem::path& target,
+                    bool keepBackup, IOErrorSet& errors);
+    bool VerifyWritten(const std::filesystem::path& file, const ZvFileOptions& options,
+                       IOErrorSet& errors) const;
+    ZvBackups Backups() const;
+    bool IsNative(const ZvFileFormat& format) const;
+    bool OpenOne(const std::filesystem::path& file,
+                 const std::function<Zv::Status(const std::filesystem::path&)>& open);
+    /// What the drawing's file is like after it was read or written.
+    void NoteSeen();
     bool PreSave(const ZvFileFormat& format);
     void PostSave();
     void StoreCurrentView();
     void RestoreCurrentView();
 
     ZvDrawing& m_drawing;
+    ZvCore::IFileSystem* m_files;
+    const ZvBackupSettings* m_backupSettings;
+    int m_lastPeriodic = -1;
     std::filesystem::path m_fileName;
+    ZvCore::IFileSystem::Info m_seen; ///< of m_fileName; exists is false when nothing is known
+    ZvDrawingLock m_lock;
     std::string m_lastFormat; // id
     std::optional<ZvSelection> m_savedSelection;
     int m_saving = 0;

@@ -5,10 +5,8 @@
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvDrawingIO.h"
 #include "Zelvan/ZvFileFormatServer.h"
-#include "Zelvan/ZvNativeFile.h"
-#include "Zelvan/ZvNativeProvider.h"
+#include "Zelvan/ZvSaveVerifier.h"
 #include "Zelvan/ZvStrings.h"
-#include "ZvCore/DiskFile.h"
 #include "ZvCore/Log.h"
 #include "ZvCore/Platform/Platform.h"
 
@@ -19,31 +17,26 @@ namespace {
 /// Deletes the file at the end of the scope unless it was released.
 class HalfFile {
 public:
-    explicit HalfFile(fs::path path) : m_path(std::move(path)) {}
+    HalfFile(ZvCore::IFileSystem& files, fs::path path) : m_files(files), m_path(std::move(path)) {}
     ~HalfFile() {
-        if (!m_path.empty())
-            (void)ZvPlatform::DeleteFileIfThere(m_path);
+        if (m_path.empty())
+            return;
+        if (const std::string why = m_files.Delete(m_path); !why.empty())
+            ZvLog::Write(ZvLog::Level::Warning, ZvPlatform::PathToUtf8(m_path) + " not deleted: " + why);
     }
     HalfFile(const HalfFile&) = delete;
     HalfFile& operator=(const HalfFile&) = delete;
     void Release() { m_path.clear(); }
 
 private:
+    ZvCore::IFileSystem& m_files;
     fs::path m_path;
 };
 
-/// A name beside the target that no file has.
-fs::path TemporaryName(const fs::path& target) {
-    fs::path name = target;
-    name += "." + Guid::New().ToString().ToUtf8().substr(0, 8) + ".tmp";
-    return name;
-}
-
-/// The file that a chain of links ends at: replacing it keeps the links.
-fs::path Resolved(const fs::path& target) {
-    std::error_code error;
-    const fs::path resolved = fs::is_symlink(target, error) ? fs::canonical(target, error) : fs::path();
-    return error || resolved.empty() ? target : resolved;
+template <class... Values>
+void AddText(IOErrorSet& errors, int text, const fs::path& path, const Values&... values) {
+    errors.Add(0,
+               XStringA::Format(ZvStrings::Get(text), ZvPlatform::PathToUtf8(path).c_str(), values...).Str());
 }
 
 } // namespace
@@ -107,6 +100,7 @@ Zv::Status ZvDrawingIO::SaveFileInternal(const fs::path& file, const ZvFileForma
     m_drawing.SuspendAutoCleanup();
     ZvFileOptions options = given ? *given : ZvFileOptions();
     ApplySaveFlags(flags, options);
+    options.files = m_files;
     if (!(flags & ZvIOFlag::Quiet) && !options.host)
         options.host = m_drawing.Host();
     Zv::Status status = Zv::Status::Failure;
@@ -117,11 +111,21 @@ Zv::Status ZvDrawingIO::SaveFileInternal(const fs::path& file, const ZvFileForma
         if (flags & ZvIOFlag::SelectionOnly && !options.selection && m_savedSelection)
             options.selection = &*m_savedSelection;
         m_drawing.PostEvent(ZvDrawingEvent::PreSave, native);
-        status = WriteAndReplace(Resolved(file), format, flags, options, errors);
+        const fs::path target = m_files->Resolve(file);
+        ZvDrawingLock lock;
+        status = Zv::Status::NotStarted;
+        if (MayReplace(target, flags, errors) && (!IsNative(format) || LockFor(target, lock, errors))) {
+            status = WriteAndReplace(target, format, m_backupSettings->instantBackup, flags, options, errors);
+            if (Zv::Ok(status) && !(flags & ZvIOFlag::KeepName)) {
+                SetDrawingFileName(file);
+                NoteSeen();
+                if (lock.IsFor(target))
+                    m_lock = std::move(lock);
+            }
+        }
     }
     if (Zv::Ok(status)) {
         if (!(flags & ZvIOFlag::KeepName)) {
-            m_fileName = file;
             m_lastFormat = format.id;
             SetDrawingDirty(false);
         }
@@ -146,7 +150,7 @@ bool ZvDrawingIO::PreSave(const ZvFileFormat& format) {
         m_drawing.RefreshRecordUsage();
     }
     bitmaps->PrepareSave();
-    return format.provider == m_drawing.FileFormats().GetNativeSaveFormat()->provider;
+    return IsNative(format);
 }
 
 void ZvDrawingIO::PostSave() {
@@ -155,56 +159,120 @@ void ZvDrawingIO::PostSave() {
     m_savedSelection.reset();
 }
 
-/// The save itself; see the class for its steps.
-Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileFormat& format, uint32_t flags,
-                                        const ZvFileOptions& options, IOErrorSet& errors) {
-    std::error_code ignored;
-    const bool replaces = fs::exists(target, ignored);
+// --- what stands in the way --------------------------------------------------------------------------------
+
+/// False, said, when the target cannot or must not be written.
+bool ZvDrawingIO::MayReplace(const fs::path& target, uint32_t flags, IOErrorSet& errors) {
+    const ZvCore::IFileSystem::Info there = m_files->Look(target);
+    const fs::path folder = m_files->FolderOf(target);
+    if (there.isFolder)
+        AddText(errors, ZvStr::SaveIsFolder, target);
+    else if (there.exists && there.isReadOnly)
+        AddText(errors, ZvStr::SaveIsReadOnly, target);
+    else if (!m_files->CanWriteIn(folder))
+        AddText(errors, ZvStr::SaveFolderUnwritable, target, ZvPlatform::PathToUtf8(folder).c_str());
+    else if (const bool ours = m_seen.exists && target == m_files->Resolve(m_fileName);
+             !ours || !there.exists || there == m_seen)
+        return true;
+    else {
+        IZvHost* host = flags & ZvIOFlag::Quiet ? nullptr : m_drawing.Host();
+        const XStringW question = XStringW::Format(ZvStrings::Get(ZvStr::SaveChangedQuestion),
+                                                   ZvPlatform::PathToUtf8(target).c_str());
+        if (host && host->AskYesNo(question, false))
+            return true;
+        AddText(errors, ZvStr::SaveChangedKept, target);
+    }
+    return false;
+}
+
+/// `lock` is taken for the target, unless the drawing has that lock. False, said, when another program has it.
+bool ZvDrawingIO::LockFor(const fs::path& target, ZvDrawingLock& lock, IOErrorSet& errors) {
+    if (m_lock.IsFor(target) || lock.Take(*m_files, target) != ZvDrawingLock::Outcome::Held)
+        return true;
+    AddText(errors, ZvStr::SaveIsEdited, target, std::to_string(lock.Other().process).c_str(),
+            lock.Other().host.c_str());
+    return false;
+}
+
+// --- writing; the numbers are those of Docs/saving.md -------------------------------------------------------
+
+Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileFormat& format, bool keepBackup,
+                                        uint32_t flags, ZvFileOptions& options, IOErrorSet& errors) {
+    const bool replaces = m_files->Look(target).exists;
     const bool direct = !replaces || format.replacesTarget;
-    const fs::path written = direct ? target : TemporaryName(target);
-    HalfFile half(format.replacesTarget ? fs::path() : written);
+    const fs::path written = direct ? target : m_files->TemporaryBeside(target);
+    HalfFile half(*m_files, format.replacesTarget ? fs::path() : written);
+    uint64_t unwritten = 0;
+    options.unwritten = &unwritten;
     IZvHost* host = m_drawing.Host();
     const auto progress = host ? host->StartProgress(ZvStrings::GetW(ZvStr::SavingDrawing))
                                : std::unique_ptr<ZvCore::IProgress>(new ZvCore::NoProgress);
     const Zv::Status status = format.provider->Save(m_drawing, written, format, options, errors, *progress);
     if (!Zv::Ok(status)) {
-        if (!errors.HasErrors())
-            errors.Add(
-                0, XStringA::Format(ZvStrings::Get(ZvStr::SaveFailed), ZvPlatform::PathToUtf8(target).c_str())
-                       .Str());
+        if (status != Zv::Status::Cancelled)
+            AddText(errors, replaces ? ZvStr::SaveFailed : ZvStr::SaveFailedNew, target);
         return status;
     }
-    const bool native = format.provider == m_drawing.FileFormats().GetNativeSaveFormat()->provider;
-    if (native && !(flags & ZvIOFlag::NoVerify) && !VerifyWritten(written, errors))
+    if (IsNative(format) && !(flags & ZvIOFlag::NoVerify) && !VerifyWritten(written, options, errors))
         return Zv::Status::Failure;
-    if (!direct) {
-        if (host)
-            host->SetStatusText(ZvStrings::GetW(ZvStr::ReplacingOriginal));
-        fs::permissions(written, fs::status(target, ignored).permissions(), ignored);
-        if (const std::string why = ZvPlatform::RenameReplace(written, target); !why.empty()) {
-            errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveCannotReplace),
-                                           ZvPlatform::PathToUtf8(target).c_str(), why.c_str())
-                              .Str());
-            return Zv::Status::Failure;
-        }
-        if (host)
-            host->SetStatusText(ZvStrings::GetW(ZvStr::SaveDone));
-    }
-    half.Release();
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    if (const std::string why = ZvPlatform::SyncFolder(folder); !why.empty())
+    if (!direct && !PutInPlace(written, target, keepBackup, errors))
+        return Zv::Status::Failure;
+    if (direct)
+        half.Release();
+    if (const std::string why = m_files->SyncFolder(m_files->FolderOf(target)); !why.empty())
         ZvLog::Write(ZvLog::Level::Warning, "folder not flushed: " + why);
+    if (host && !direct)
+        host->SetStatusText(ZvStrings::GetW(ZvStr::SaveDone));
     return Zv::Status::Success;
 }
 
-bool ZvDrawingIO::VerifyWritten(const fs::path& file, IOErrorSet& errors) const {
-    std::string why;
-    XStringW reason;
-    const auto stream = ZvCore::DiskFile::Open(file, ZvCore::DiskFile::Mode::Read, why);
-    if (stream && ZvNativeFile::IsValidFile(stream.get(), true, reason))
-        return true;
-    errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveNotVerified),
-                                   stream ? reason.ToUtf8().c_str() : why.c_str())
-                      .Str());
-    return false;
+bool ZvDrawingIO::PutInPlace(const fs::path& written, const fs::path& target, bool keepBackup,
+                             IOErrorSet& errors) {
+    IZvHost* host = m_drawing.Host();
+    const auto tell = [&](int text) {
+        if (host)
+            host->SetStatusText(ZvStrings::GetW(text));
+    };
+    std::string why = m_files->CopyPermissions(target, written);
+    if (!why.empty())
+        ZvLog::Write(ZvLog::Level::Warning, "permissions not kept: " + why);
+    if (const fs::path backup = keepBackup ? Backups().GetInstantBackupFilename(target) : fs::path();
+        !backup.empty()) {
+        tell(ZvStr::ShiftingBackups);
+        why = m_files->ReplaceKeeping(written, target, backup);
+        if (why.empty())
+            return true;
+        // Without the backup, then; a file system that cannot even rename says so again below.
+        errors.Add(0,
+                   XStringA::Format(ZvStrings::Get(ZvStr::SaveBackupFailed),
+                                    ZvPlatform::PathToUtf8(backup).c_str(), why.c_str())
+                       .Str(),
+                   IOErrorSet::Severity::Warning);
+    }
+    tell(ZvStr::ReplacingOriginal);
+    why = m_files->Rename(written, target);
+    if (!why.empty())
+        AddText(errors, ZvStr::SaveCannotReplace, target, why.c_str());
+    return why.empty();
+}
+
+bool ZvDrawingIO::VerifyWritten(const fs::path& file, const ZvFileOptions& options,
+                                IOErrorSet& errors) const {
+    std::optional<uint64_t> entities;
+    if (!options.selection || !options.values.GetBool("SelectionOnly", true))
+        entities = ZvSaveVerifier::Census(m_drawing) - (options.unwritten ? *options.unwritten : 0);
+    const std::string why = ZvSaveVerifier(*m_files).Check(file, entities);
+    if (!why.empty())
+        errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveNotVerified), why.c_str()).Str());
+    return why.empty();
+}
+
+Zv::Status ZvDrawingIO::SaveNativeInternal(const fs::path& file, uint32_t flags, IOErrorSet& errors,
+                                           const ZvFileOptions* given) {
+    ZvFileOptions options = given ? *given : ZvFileOptions();
+    ApplySaveFlags(flags, options);
+    options.files = m_files;
+    const ZvFileFormat& format = *m_drawing.FileFormats().GetNativeSaveFormat();
+    ZvCore::NoProgress progress;
+    return format.provider->Save(m_drawing, file, format, options, errors, progress);
 }

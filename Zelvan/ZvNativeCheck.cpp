@@ -49,6 +49,7 @@ ZvNativeCheck::Result ZvNativeCheck::Run(ZvCore::IFile& file, const Options& opt
     result.version = walk.Header().version;
     result.isSolid = walk.Header().IsSolid();
     result.hasDigest = walk.Header().HasDigest();
+    result.ownEntities = walk.OwnEntities();
     result.cancelled = walk.WasCancelled();
     return result;
 }

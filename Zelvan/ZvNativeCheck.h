@@ -32,6 +32,7 @@ public:
         bool isSolid = false;
         bool hasDigest = false;
         uint64_t entities = 0;
+        uint64_t ownEntities = 0;     ///< of layers and blocks; those inside of other entities do not count
         uint64_t unknownEntities = 0; ///< of kinds or clients that the engine does not have
         uint64_t blocks = 0;
         uint64_t records = 0; ///< table records

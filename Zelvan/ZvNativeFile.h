@@ -2,6 +2,7 @@
 #include "Zelvan/ZvNativeDesc.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/BinXml.h"
+#include "ZvCore/Guid.h"
 #include "ZvCore/IFile.h"
 #include "ZvCore/IOErrorSet.h"
 #include "ZvCore/Progress.h"
@@ -66,7 +67,11 @@ public:
     /// Reads the file into a scratch drawing and takes its thumbnail. False when the file does not load or holds none; `text` (may be
     /// null) is filled with author, dates and version whenever the file loads.
     static bool GetPreviewBitmap(ZvCore::IFile* file, XStringW* text, ZvPreviewBitmap& bitmap);
+    /// The identity of the drawing that the file holds, from its settings alone; null when they cannot be read.
+    static Guid ReadGuid(ZvCore::IFile* file);
     void GetErrors(IOErrorSet& errors) const;
+    /// Writing: entities of layers and blocks that were to be saved and are not in the file.
+    uint64_t UnwrittenEntities() const;
 
     /// Puts the primitives to work on a stream of the caller's in the current version, without header and sections (swapping,
     /// clipboard). Client ids are those of the running program, index and name translations empty. Instead of a load or save.

@@ -45,7 +45,11 @@ int64_t ZvNativeFile::Impl::WriteOneChunk(const std::vector<ZvEntity*>& entities
     desc->WriteValue(int64_t(0));
     int64_t written = 0, failures = 0;
     for (; next < entities.size() && desc->Position() < kBlockBytes; ++next) {
-        written += api.IsSaved(*entities[next]) && WriteEntity(*entities[next], failures);
+        if (!api.IsSaved(*entities[next]))
+            continue;
+        const bool stored = WriteEntity(*entities[next], failures);
+        written += stored;
+        unwritten += !stored;
         if (desc->File().Error())
             break;
     }
@@ -54,6 +58,10 @@ int64_t ZvNativeFile::Impl::WriteOneChunk(const std::vector<ZvEntity*>& entities
     desc->WriteValue(written);
     desc->Seek(end);
     return written;
+}
+
+uint64_t ZvNativeFile::UnwrittenEntities() const {
+    return m_impl->unwritten;
 }
 
 int64_t ZvNativeFile::WriteEntityChunks(const std::vector<ZvEntity*>& inTreeOrder) {

@@ -51,6 +51,7 @@ struct ZvNativeFile::Impl {
     IOErrorSet errors;
     bool aborted = false;
     bool cancelled = false;
+    uint64_t unwritten = 0;             ///< entities of chains that were to be written and could not be
     bool touched = false;               ///< reading: the drawing has been changed
     bool solidOpen = false;             ///< reading: the first block is the body of a solid file
     int listDepth = 0;                  ///< reading: lists within lists

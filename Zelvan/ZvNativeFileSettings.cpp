@@ -71,3 +71,35 @@ bool ZvNativeFile::Impl::ReadSettings(bool afterTables) {
     api.EndDecompressBlock();
     return good || Unreadable("settings section", header.settingsOffset, "its content is damaged");
 }
+
+Guid ZvNativeFile::ReadGuid(ZvCore::IFile* file) {
+    const auto readHeader = [&](ZvNativeDesc& desc, ZvNativeHeader& header) {
+        uint8_t bytes[ZvNativeHeader::kSize];
+        if (!desc.Seek(0) || !desc.Read(bytes, sizeof bytes))
+            return false;
+        header.Parse(bytes);
+        return header.HasMagic() && header.version >= kDocumentFirstVersion;
+    };
+    ZvDrawingSetup setup;
+    setup.createDefaults = false;
+    ZvDrawing scratch(setup);
+    ZvNativeFile native;
+    native.Attach(scratch, *file);
+    ZvNativeHeader header;
+    if (!readHeader(native.Desc(), header))
+        return {};
+    const bool solid = header.IsSolid();
+    if (solid && (!native.Desc().Seek(header.solidOffset) || !native.StartDecompressBlock()))
+        return {};
+    ZvCore::BinXmlDocument document;
+    Guid guid;
+    if ((!solid || readHeader(native.Desc(), header)) && native.Desc().Seek(header.settingsOffset) &&
+        native.StartDecompressBlock()) {
+        if (native.ReadBinXml(document))
+            Guid::Parse(document.root.GetString("Guid", {}).View(), guid);
+        native.EndDecompressBlock();
+    }
+    if (solid)
+        native.EndDecompressBlock();
+    return guid;
+}

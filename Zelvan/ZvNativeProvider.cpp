@@ -4,7 +4,7 @@
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvStrings.h"
-#include "ZvCore/DiskFile.h"
+#include "ZvCore/FileSystem.h"
 #include "ZvCore/Platform/Platform.h"
 #include "ZvCore/ZvErrors.h"
 
@@ -30,6 +30,10 @@ ZvNativeOptions ToNative(const ZvFileOptions& options, const std::filesystem::pa
     return native;
 }
 
+ZvCore::IFileSystem& FilesOf(const ZvFileOptions& options) {
+    return options.files ? *options.files : ZvCore::IFileSystem::System();
+}
+
 } // namespace
 
 std::vector<ZvFileFormat> ZvNativeProvider::Formats() const {
@@ -49,7 +53,7 @@ Zv::Status ZvNativeProvider::Load(ZvDrawing& drawing, const std::filesystem::pat
                                   const ZvFileOptions& options, IOErrorSet& errors,
                                   ZvCore::IProgress& progress) {
     std::string why;
-    const auto stream = ZvCore::DiskFile::Open(file, ZvCore::DiskFile::Mode::Read, why);
+    const auto stream = FilesOf(options).Open(file, ZvCore::IFileSystem::Mode::Read, why);
     if (!stream) {
         errors.Add(kCannotOpen, why);
         return Zv::Status::Failure;
@@ -68,7 +72,7 @@ Zv::Status ZvNativeProvider::Save(ZvDrawing& drawing, const std::filesystem::pat
                                   const ZvFileOptions& options, IOErrorSet& errors,
                                   ZvCore::IProgress& progress) {
     std::string why;
-    const auto stream = ZvCore::DiskFile::Open(file, ZvCore::DiskFile::Mode::Create, why);
+    const auto stream = FilesOf(options).Open(file, ZvCore::IFileSystem::Mode::Create, why);
     if (!stream) {
         errors.Add(kCannotOpen, why);
         return Zv::Status::NotStarted;
@@ -76,6 +80,8 @@ Zv::Status ZvNativeProvider::Save(ZvDrawing& drawing, const std::filesystem::pat
     ZvNativeFile writer(ToNative(options, file, progress));
     const Zv::Status status = writer.WriteFile(&drawing, stream.get());
     writer.GetErrors(errors);
+    if (options.unwritten)
+        *options.unwritten = writer.UnwrittenEntities();
     if (!Zv::Ok(status))
         return status;
     if (!stream->SyncToDisk() || stream->Error()) {

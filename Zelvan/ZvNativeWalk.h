@@ -95,6 +95,7 @@ public:
     void Assume(const ZvNativeHeader& header, const std::map<uint16_t, bool>& clientsAndWhetherBuiltIn);
     const ZvNativeHeader& Header() const { return m_header; } ///< the outermost one
     bool WasCancelled() const { return m_cancelled; }
+    uint64_t OwnEntities() const { return m_ownEntities; } ///< without those inside of others
 
     // --- for the parts of the walk that stand in sources of their own -------------------------------------------------------
     int Version() const { return m_version; }
@@ -171,6 +172,7 @@ private:
     bool m_cancelled = false;
     bool m_quiet = false;
     int m_listDepth = 0;
+    uint64_t m_ownEntities = 0;
     int m_sectionDepth = 0;
     int m_streams = 0;
     std::unique_ptr<ZvCore::MemFile> m_copy;

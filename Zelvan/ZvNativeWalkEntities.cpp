@@ -89,6 +89,7 @@ bool ZvNativeWalk::Record(ZvNativeCursor& cursor, uint64_t index, int64_t left) 
     const bool builtIn = client != m_clients.end() && client->second.isBuiltIn;
     const ZvNativePayload* kind = builtIn ? ZvNativePayload::Find(head.type) : nullptr;
     m_visitor.Entity(kind != nullptr);
+    m_ownEntities += m_listDepth == 1;
     uint32_t name32 = 0;
     const bool goodName = head.Name32(name32);
     if (!WantsFields() && goodName && client != m_clients.end() && (!kind || !kind->check))

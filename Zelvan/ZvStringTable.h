@@ -165,6 +165,28 @@ ZV_STRING(47504, OpenDrawing, "Open Drawing")
 ZV_STRING(47505, DrawingFilter, "Zelvan Drawing")
 ZV_STRING(47506, IncludeUnusedRecords, "Include Unused Records")
 ZV_STRING(47507, CustomMerge, "Custom Merge")
+ZV_STRING(47508, BackupFilter, "Zelvan Backup Drawing")
+ZV_STRING(47510, OpenManyQuestion, "Are you sure you want to open %d files?")
+ZV_STRING(47511, NoScreenRecorder,
+          "\"%s\" is a recording of the screen, and this program cannot replay it.")
+ZV_STRING(47512, IgnoringBitmap,
+          "Ignoring bitmap %s, because unable to read embedded geographic coordinates\n")
+ZV_STRING(47513, MediaMissing,
+          "The media file '%s' referenced in the drawing could not be found. Would you like to locate it?")
+ZV_STRING(47514, LocateMediaTitle, "Locate Media File")
+ZV_STRING(47515, LoadIsEdited,
+          "\"%s\" is being edited by process %s on %s; here it can be saved under another name only.")
+ZV_STRING(47520, RecoverQuestion,
+          "'%s' was not closed properly, or its last save did not come to its end. Found: %s. Do you want to "
+          "open '%s' in its place?")
+ZV_STRING(47521, RecoverUnfinished, "%s: a finished save of %s that did not get its name")
+ZV_STRING(47522, RecoverBackup, "%s: the content before the last save, of %s")
+ZV_STRING(47523, RecoverPeriodic, "%s: a periodic backup of %s")
+ZV_STRING(47524, RecoverNothing,
+          "\"%s\" is missing or damaged, and nothing that could take its place was found beside it.")
+ZV_STRING(47525, RecoverDone, "\"%s\" was restored from \"%s\".")
+ZV_STRING(47526, RecoverFailed, "\"%s\" could not be restored and is as it was: %s")
+ZV_STRING(47527, RecoverKeptDamaged, "What was damaged is kept as \"%s\".")
 
 ZV_STRING(48000, SaveNoMemory,
           "A part of the drawing does not fit into memory while it is saved (%s). Save with a compression "
@@ -186,6 +208,30 @@ ZV_STRING(48507, SaveFailed, "\"%s\" could not be saved; a file of that name is 
 ZV_STRING(48508, SaveCannotReplace, "\"%s\" could not be replaced and is as it was: %s")
 ZV_STRING(48509, SaveNotVerified,
           "What was written could not be read back, so the file of that name is as it was: %s")
+ZV_STRING(48510, ShiftingBackups, "Shifting backup files")
+ZV_STRING(48511, BackupPathUnwritable,
+          "Autobackup of the Drawing cannot continue because the chosen path '%s' cannot be written to.\n")
+ZV_STRING(48512, PeriodicBegins, "Periodic Auto Backup... ")
+ZV_STRING(48513, PeriodicDone, "Done.\n")
+ZV_STRING(48514, PurgingBackup, "Purging autobackup file %s because it has expired\n")
+ZV_STRING(48515, PeriodicFailed, "Failed: %s\n")
+ZV_STRING(48516, SaveBackupFailed, "The drawing was saved, but without the backup \"%s\": %s")
+ZV_STRING(48517, SaveIsFolder, "\"%s\" is a folder. Give the name of a file in it.")
+ZV_STRING(48518, SaveIsReadOnly,
+          "\"%s\" is marked read-only and is as it was. Take that mark away, or save under another name.")
+ZV_STRING(48519, SaveFolderUnwritable,
+          "\"%s\" cannot be saved: its folder \"%s\" does not exist or cannot be written to. Choose another folder.")
+ZV_STRING(48520, SaveChangedQuestion,
+          "The file '%s' was changed by another program since it was opened here. Do you want to overwrite it?")
+ZV_STRING(48521, SaveChangedKept,
+          "\"%s\" was changed by another program since it was opened here and was not overwritten. Save under "
+          "another name.")
+ZV_STRING(48522, SaveIsEdited,
+          "\"%s\" is being edited by process %s on %s and was not overwritten. Close it there, or save under "
+          "another name.")
+ZV_STRING(48523, SaveFailedNew, "\"%s\" could not be saved; what was written of it was deleted.")
+ZV_STRING(48524, SaveCensus, "it holds %I64d objects and the drawing %I64d")
+ZV_STRING(48525, SaveNoDigest, "it has no digest")
 
 ZV_STRING(49000, NothingToUndo, "There is nothing to undo.")
 ZV_STRING(49001, CannotUndo, "The previous operation cannot be undone")

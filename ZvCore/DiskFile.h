@@ -1,5 +1,5 @@
 #pragma once
-#include "ZvCore/IFile.h"
+#include "ZvCore/FileSystem.h"
 #include <filesystem>
 #include <memory>
 
@@ -8,7 +8,7 @@ namespace ZvCore {
 /// A file on disk, 64-bit offsets, its own write buffer. Opening for reading maps the file when the system
 /// can, so that `View` answers without a copy; a mapped file that shrinks under the reader is caught at open
 /// and by the length checks of its reader, not afterwards.
-class ZV_API DiskFile : public IFile {
+class ZV_API DiskFile : public IStoredFile {
 public:
     enum class Mode {
         Read,     ///< the file must exist and be a regular file
@@ -39,8 +39,7 @@ public:
     const std::filesystem::path& Path() const;
     /// Hands buffered bytes to the system. False after any failure since opening (a full disk shows here).
     bool Flush();
-    /// Flush, then wait until the bytes are on the medium.
-    bool SyncToDisk();
+    bool SyncToDisk() override;
 
 private:
     DiskFile();

@@ -18,3 +18,4 @@ void AddConvertCommand(CLI::App& app, CommandRun& run);
 void AddRenderCommand(CLI::App& app, CommandRun& run);
 void AddBenchDataCommand(CLI::App& app, CommandRun& run);
 void AddDemoCommand(CLI::App& app, CommandRun& run);
+void AddRecoverCommand(CLI::App& app, CommandRun& run);

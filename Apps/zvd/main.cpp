@@ -22,6 +22,7 @@ Examples:
   zvd check *.zvd                         are these files sound?
   zvd check --repair bad.zvd good.zvd     save what can be read of a damaged one
   zvd convert coast.zvd coast.fgb         and back
+  zvd recover plans/                      after a power cut: whole drawings again
 
 Exit codes: 0 fine, 1 check found faults (or repaired some), 2 wrong usage, 3 input missing or of no known kind,
 4 input damaged, 5 output cannot be written, 70 fault of the program, 130 interrupted.)";
@@ -40,6 +41,7 @@ ExitCode Run(int argc, char** argv) {
     AddRenderCommand(app, run);
     AddBenchDataCommand(app, run);
     AddDemoCommand(app, run);
+    AddRecoverCommand(app, run);
     for (CLI::App* command : app.get_subcommands({})) {
         command->add_flag("--json", console.json, "Report as JSON on standard output");
         command->add_flag("-q,--quiet", console.quiet, "Say nothing but errors");

@@ -3,6 +3,7 @@
 #include "Zelvan/ZvFileFormatServer.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
+#include "ZvCore/Platform/Platform.h"
 
 std::vector<std::filesystem::path> ZvDrawingDialogs::AskOpen(bool many, bool* includeUnused,
                                                              bool* customMerge) {
@@ -52,6 +53,39 @@ std::filesystem::path ZvDrawingDialogs::AskSave(const std::filesystem::path& sta
         return {};
     }
     return file;
+}
+
+std::filesystem::path ZvDrawingDialogs::AskOpenBackup(const std::filesystem::path& start) {
+    IZvHost* host = m_drawing.Host();
+    if (!host)
+        return {};
+    ZvFileRequest request;
+    request.title = ZvStrings::GetW(ZvStr::OpenDrawing);
+    request.start = start;
+    request.filters.push_back({ZvStrings::GetW(ZvStr::BackupFilter), u"*.zvd.bak"});
+    const auto files = host->AskFile(request);
+    return files.empty() ? std::filesystem::path() : files.front();
+}
+
+bool ZvDrawingDialogs::AskOpenMany(int count) {
+    IZvHost* host = m_drawing.Host();
+    return !host || host->AskYesNo(XStringW::Format(ZvStrings::Get(ZvStr::OpenManyQuestion), count), true);
+}
+
+std::filesystem::path ZvDrawingDialogs::AskMedia(const std::filesystem::path& missing) {
+    IZvHost* host = m_drawing.Host();
+    if (!host || !host->AskYesNo(XStringW::Format(ZvStrings::Get(ZvStr::MediaMissing),
+                                                  ZvPlatform::PathToUtf8(missing).c_str()),
+                                 false))
+        return {};
+    ZvFileRequest request;
+    request.title = ZvStrings::GetW(ZvStr::LocateMediaTitle);
+    request.start = missing;
+    const std::string extension = ZvPlatform::PathToUtf8(missing.extension());
+    const XStringW pattern = XStringW::FromUtf8("*" + (extension.empty() ? ".*" : extension));
+    request.filters.push_back({pattern, pattern});
+    const auto files = host->AskFile(request);
+    return files.empty() ? std::filesystem::path() : files.front();
 }
 
 void ZvDrawingDialogs::ShowErrors(int heading, const IOErrorSet& errors) {

@@ -21,6 +21,12 @@ public:
                                                bool* customMerge = nullptr);
     /// The name has an extension of a save format. Empty when cancelled.
     std::filesystem::path AskSave(const std::filesystem::path& start = {});
+    /// A backup to open; `start` is the folder offered. Empty when cancelled.
+    std::filesystem::path AskOpenBackup(const std::filesystem::path& start = {});
+    /// Before many files are opened; yes without a host.
+    bool AskOpenMany(int count);
+    /// In place of a media file that is missing: the file that the user chose; empty when there is none.
+    std::filesystem::path AskMedia(const std::filesystem::path& missing);
     /// Nothing for an empty set.
     void ShowLoadErrors(const IOErrorSet& errors);
     void ShowSaveErrors(const IOErrorSet& errors);

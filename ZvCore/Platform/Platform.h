@@ -27,6 +27,11 @@ ZV_API void RandomBytes(void* bytes, size_t count);
 
 ZV_API uint64_t ProcessId();
 ZV_API bool IsProcessAlive(uint64_t id);
+/// When the process began, as a text to compare: two processes that one after the other have the same number differ in it, on
+/// either side of a restart of the machine, too. Empty when there is no such process or the system does not tell.
+ZV_API std::string ProcessBirth(uint64_t id);
+/// Name of this machine in its network.
+ZV_API std::string HostName();
 /// Peak and current resident memory of this process in bytes; 0 when unknown.
 ZV_API uint64_t ResidentBytes();
 ZV_API uint64_t PeakResidentBytes();
@@ -48,6 +53,15 @@ ZV_API std::string RenameReplace(const std::filesystem::path& from, const std::f
 /// Gives the file a second name, or a copy where the file system has no links. A file at `to` is replaced in
 /// one step.
 ZV_API std::string HardLinkOrCopy(const std::filesystem::path& from, const std::filesystem::path& to);
+/// A second name for the file. `to` must not exist.
+ZV_API std::string HardLink(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Whether the system has a call that replaces a file and keeps the former one in a single step.
+ZV_API extern const bool kReplacesWithBackup;
+/// That call: `from` becomes `to`, the former `to` becomes `backup`, all in one folder.
+ZV_API std::string ReplaceWithBackup(const std::filesystem::path& from, const std::filesystem::path& to,
+                                     const std::filesystem::path& backup);
+/// When the content of the file last changed; the zero date when the system does not tell.
+ZV_API DateTime FileModified(const std::filesystem::path& path);
 ZV_API std::string DeleteFileIfThere(const std::filesystem::path& path);
 /// Waits until renames in the folder are on the medium (nothing to do on Windows, where they are written
 /// through).

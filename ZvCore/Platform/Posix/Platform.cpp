@@ -77,6 +77,28 @@ bool IsProcessAlive(uint64_t id) {
     return pid > 0 && uint64_t(pid) == id && (kill(pid, 0) == 0 || errno == EPERM);
 }
 
+std::string ProcessBirth(uint64_t id) {
+    std::ifstream in("/proc/" + std::to_string(id) + "/stat");
+    std::string line;
+    if (!std::getline(in, line))
+        return {};
+    // The second field is the program's name in brackets and may hold anything; the start is the 22nd.
+    size_t at = line.rfind(')');
+    constexpr int fieldsBehindName = 20;
+    for (int i = 0; i < fieldsBehindName && at != std::string::npos; ++i)
+        at = line.find(' ', at + 1);
+    if (at == std::string::npos)
+        return {};
+    std::string boot;
+    std::getline(std::ifstream("/proc/sys/kernel/random/boot_id"), boot);
+    return line.substr(at + 1, line.find(' ', at + 1) - at - 1) + "@" + boot;
+}
+
+std::string HostName() {
+    char name[256] = {};
+    return gethostname(name, sizeof name - 1) == 0 ? name : "";
+}
+
 uint64_t ResidentBytes() {
     return KilobyteField("/proc/self/status", "VmRSS");
 }

@@ -67,6 +67,26 @@ std::string HardLinkOrCopy(const fs::path& from, const fs::path& to) {
     return why;
 }
 
+std::string HardLink(const fs::path& from, const fs::path& to) {
+    return link(from.c_str(), to.c_str()) == 0 ? std::string() : SystemReason(errno, from);
+}
+
+const bool kReplacesWithBackup = false;
+
+std::string ReplaceWithBackup(const fs::path&, const fs::path&, const fs::path&) {
+    return SystemReason(ENOSYS);
+}
+
+DateTime FileModified(const fs::path& path) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0)
+        return {};
+    constexpr uint64_t unitNanoseconds = 100;
+    DateTime time = DateTime::FromUnixSeconds(double(info.st_mtim.tv_sec));
+    time.ticks += uint64_t(info.st_mtim.tv_nsec) / unitNanoseconds;
+    return time;
+}
+
 std::string DeleteFileIfThere(const fs::path& path) {
     return unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR ? std::string()
                                                                             : SystemReason(errno);

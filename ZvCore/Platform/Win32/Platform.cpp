@@ -86,6 +86,26 @@ bool IsProcessAlive(uint64_t id) {
     return isAlive;
 }
 
+std::string ProcessBirth(uint64_t id) {
+    const HANDLE process =
+        id && id <= MAXDWORD ? OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, DWORD(id)) : nullptr;
+    if (!process)
+        return {};
+    FILETIME created{}, ended{}, kernel{}, user{};
+    const bool told = GetProcessTimes(process, &created, &ended, &kernel, &user) != 0;
+    CloseHandle(process);
+    return told ? std::to_string(uint64_t(created.dwHighDateTime) << 32 | created.dwLowDateTime)
+                : std::string();
+}
+
+std::string HostName() {
+    wchar_t name[256];
+    DWORD length = DWORD(std::size(name));
+    return GetComputerNameExW(ComputerNameDnsHostname, name, &length)
+               ? ZvCore::Unicode::Utf16To8(AsUtf16({name, length}))
+               : std::string();
+}
+
 uint64_t ResidentBytes() {
     return MemoryCounters().WorkingSetSize;
 }

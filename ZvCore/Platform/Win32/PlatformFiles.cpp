@@ -55,6 +55,39 @@ std::string HardLinkOrCopy(const fs::path& from, const fs::path& to) {
     return why;
 }
 
+std::string HardLink(const fs::path& from, const fs::path& to) {
+    return CreateHardLinkW(SystemPath(to).c_str(), SystemPath(from).c_str(), nullptr)
+               ? std::string()
+               : SystemReason(GetLastError(), from);
+}
+
+const bool kReplacesWithBackup = true;
+
+std::string ReplaceWithBackup(const fs::path& from, const fs::path& to, const fs::path& backup) {
+    if (ReplaceFileW(SystemPath(to).c_str(), SystemPath(from).c_str(), SystemPath(backup).c_str(),
+                     REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS, nullptr, nullptr))
+        return {};
+    const DWORD error = GetLastError();
+    // The old file has its backup's name already: give the name a file again.
+    if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2)
+        return RenameReplace(from, to);
+    if (error == ERROR_UNABLE_TO_REMOVE_REPLACED || error == ERROR_UNABLE_TO_MOVE_REPLACEMENT ||
+        error == ERROR_CALL_NOT_IMPLEMENTED || error == ERROR_NOT_SUPPORTED ||
+        error == ERROR_INVALID_FUNCTION) { // file systems that cannot do it in one step
+        const std::string why = HardLinkOrCopy(to, backup);
+        return why.empty() ? RenameReplace(from, to) : why;
+    }
+    return SystemReason(error, to);
+}
+
+DateTime FileModified(const fs::path& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (!GetFileAttributesExW(SystemPath(path).c_str(), GetFileExInfoStandard, &data))
+        return {};
+    const FILETIME& time = data.ftLastWriteTime;
+    return DateTime{uint64_t(time.dwHighDateTime) << 32 | time.dwLowDateTime};
+}
+
 std::string DeleteFileIfThere(const fs::path& path) {
     if (DeleteFileW(SystemPath(path).c_str()))
         return {};

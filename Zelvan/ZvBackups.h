@@ -1,0 +1,63 @@
+#pragma once
+#include "ZvCore/Api.h"
+#include "ZvCore/FileSystem.h"
+#include "ZvCore/Guid.h"
+#include "ZvCore/Settings.h"
+#include <filesystem>
+#include <string>
+
+class IZvClock;
+class IZvHost;
+
+/// What the user chose about backups; the same for all drawings of a program.
+struct ZV_API ZvBackupSettings {
+    /// Where backups go that are not put beside the drawing. Empty: the folder of the drawing, or that for temporary files.
+    std::filesystem::path directory;
+    bool instantBackup = true; ///< each save keeps the former file
+    bool besideDrawing = true; ///< the instant backup, whatever `directory` is
+    int periodicMinutes = 5;   ///< 0: no periodic backups
+    int periodicKept = 10;     ///< numbers go round after so many, 1..10000
+    int expiryHours = 168;     ///< after which periodic backups are deleted; 0: never
+    bool silentPurge = false;  ///< deletions are not told
+
+    /// The program's.
+    static ZvBackupSettings& Application();
+    /// Values out of range become the nearest in range.
+    void Load(const ZvCore::Settings& settings);
+    void Store(ZvCore::Settings& settings) const;
+};
+
+/// Names, places and life of the backups of one drawing.
+class ZV_API ZvBackups {
+public:
+    using Path = std::filesystem::path;
+    /// `host` may be null. All must outlive this.
+    ZvBackups(ZvCore::IFileSystem& files, const ZvBackupSettings& settings, const IZvClock& clock,
+              IZvHost* host)
+        : m_files(files), m_settings(settings), m_clock(clock), m_host(host) {}
+
+    /// "Autobackup_".
+    static XStringW PeriodicNamePrefix();
+    /// The backup directory for a drawing of that file name (empty: one without).
+    Path Directory(const Path& drawing) const;
+    /// Whether the directory can be written to; says so otherwise unless `quiet`.
+    bool CheckBackupPath(bool quiet, const Path& drawing = {}) const;
+    /// "plan.zvd.bak" beside the drawing or in the backup directory. Empty, said, when that cannot be written to.
+    Path GetInstantBackupFilename(const Path& path) const;
+    /// The next of the series, one after the newest in the directory, round after periodicKept. A file of another drawing than
+    /// `drawing` is passed over. Empty, said, when the directory cannot be written to. `last` (the number given out before in this
+    /// session, or -1) serves when the clock went back.
+    Path GetPeriodicBackupFilename(const Path& path, const Guid& drawing, int last = -1) const;
+    /// The number in such a name, -1 for other names; `base` (may be null) is set to the drawing's base name in it.
+    static int PeriodicNumber(const Path& name, std::string* base = nullptr);
+    /// Deletes what has expired by its modification time, never the newest of a drawing. The number of files deleted.
+    int PeriodicBackupPurge(const Path& directory) const;
+
+private:
+    void Print(const std::string& text) const;
+
+    ZvCore::IFileSystem& m_files;
+    const ZvBackupSettings& m_settings;
+    const IZvClock& m_clock;
+    IZvHost* m_host;
+};

@@ -1,0 +1,198 @@
+#include "Zelvan/ZvRecovery.h"
+#include "Zelvan/Ports/IZvHost.h"
+#include "Zelvan/ZvDrawingLock.h"
+#include "Zelvan/ZvStrings.h"
+#include "ZvCore/Platform/Platform.h"
+#include <algorithm>
+#include <set>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Text(const fs::path& path) {
+    return ZvPlatform::PathToUtf8(path);
+}
+
+fs::path With(const fs::path& path, const char* ending) {
+    fs::path name = path;
+    name += ending;
+    return name;
+}
+
+/// The drawing that a file of that name belongs to by its name alone; empty for a name that says nothing.
+fs::path DrawingOfName(const fs::path& path) {
+    fs::path name = path;
+    ZvCore::IFileSystem::IsTemporary(path, &name);
+    for (const char* ending : {".bak", ".lock"})
+        if (name.extension() == ending)
+            name.replace_extension();
+    return name.extension() == ".zvd" && ZvBackups::PeriodicNumber(name) < 0 ? name : fs::path();
+}
+
+} // namespace
+
+std::string ZvRecovery::Candidate::Describe() const {
+    const int text = kind == Kind::Unfinished ? ZvStr::RecoverUnfinished
+                     : kind == Kind::Backup   ? ZvStr::RecoverBackup
+                                              : ZvStr::RecoverPeriodic;
+    return XStringA::Format(ZvStrings::Get(text), Text(file.filename()).c_str(),
+                            modified.ToString().ToUtf8().c_str())
+        .Str();
+}
+
+const ZvRecovery::Candidate* ZvRecovery::Finding::Best() const {
+    for (const Candidate& candidate : candidates) {
+        const bool isGain = !IsWhole() || (candidate.kind != Kind::Backup && candidate.modified > modified);
+        if (candidate.IsWhole() && isGain && !isBusy)
+            return &candidate;
+    }
+    return nullptr;
+}
+
+std::string ZvRecovery::Finding::Describe() const {
+    std::string text;
+    for (const Candidate& candidate : candidates)
+        if (candidate.IsWhole())
+            text += (text.empty() ? "" : "\n") + candidate.Describe();
+    return text;
+}
+
+fs::path ZvRecovery::DamagedName(const Path& drawing) {
+    return With(drawing, ".damaged");
+}
+
+/// All that bears a name made from the drawing's, unverified.
+void ZvRecovery::Gather(Finding& finding) const {
+    const Path& drawing = finding.drawing;
+    const auto add = [&](Kind kind, const Path& file) {
+        const ZvCore::IFileSystem::Info info = m_files.Look(file);
+        if (info.exists && !info.isFolder)
+            finding.candidates.push_back({kind, file, info.modified, {}});
+    };
+    const Path folder = ZvCore::IFileSystem::FolderOf(drawing);
+    std::vector<Path> names;
+    (void)m_files.List(folder, names);
+    for (const Path& name : names) {
+        Path of;
+        if (!ZvCore::IFileSystem::IsTemporary(name, &of) || DrawingOfName(name) != drawing.filename())
+            continue;
+        if (of == drawing.filename())
+            add(Kind::Unfinished, drawing.parent_path() / name);
+        else
+            finding.rubbish.push_back(drawing.parent_path() / name);
+    }
+    std::set<Path> backups{With(drawing, ".bak")};
+    if (const Path other = m_backups.Directory(drawing) / With(drawing.filename(), ".bak");
+        !m_files.Look(With(drawing, ".bak")).exists)
+        backups.insert(other);
+    for (const Path& backup : backups)
+        add(Kind::Backup, backup);
+    const Path periodic = m_backups.Directory(drawing);
+    (void)m_files.List(periodic, names);
+    std::string base;
+    for (const Path& name : names)
+        if (ZvBackups::PeriodicNumber(name, &base) >= 0 && base == Text(drawing.stem()))
+            add(Kind::Periodic, periodic / name);
+    std::sort(finding.candidates.begin(), finding.candidates.end(),
+              [](const Candidate& a, const Candidate& b) { return a.modified > b.modified; });
+}
+
+bool ZvRecovery::HasReason(const Path& drawing) const {
+    Finding finding;
+    finding.drawing = drawing;
+    const ZvCore::IFileSystem::Info info = m_files.Look(drawing);
+    Gather(finding);
+    return std::any_of(finding.candidates.begin(), finding.candidates.end(), [&](const Candidate& candidate) {
+        return !info.exists || (candidate.kind != Kind::Backup && candidate.modified > info.modified);
+    });
+}
+
+ZvRecovery::Finding ZvRecovery::Look(const Path& drawing) const {
+    Finding finding;
+    finding.drawing = drawing;
+    const ZvCore::IFileSystem::Info info = m_files.Look(drawing);
+    finding.exists = info.exists && !info.isFolder;
+    finding.modified = info.modified;
+    if (finding.exists)
+        finding.why = m_verifier.Check(drawing);
+    const auto holder = ZvDrawingLock::HolderOf(m_files, drawing);
+    finding.isBusy = holder && *holder != ZvDrawingLock::Holder::Self() && !holder->IsGone();
+    Gather(finding);
+    Guid guid = finding.IsWhole() ? m_verifier.DrawingOf(drawing) : Guid();
+    std::vector<Candidate> kept;
+    for (Candidate& candidate : finding.candidates) {
+        candidate.why = m_verifier.Check(candidate.file);
+        if (candidate.kind == Kind::Unfinished && !candidate.IsWhole()) {
+            finding.rubbish.push_back(candidate.file);
+            continue;
+        }
+        if (candidate.kind == Kind::Periodic && !guid.IsNull() && candidate.IsWhole() &&
+            m_verifier.DrawingOf(candidate.file) != guid)
+            continue; // of another drawing that has the same name
+        kept.push_back(std::move(candidate));
+    }
+    finding.candidates = std::move(kept);
+    return finding;
+}
+
+std::string ZvRecovery::DrawingsIn(const Path& folder, std::vector<Path>& drawings) const {
+    std::vector<Path> names;
+    std::string why = m_files.List(folder, names);
+    std::set<Path> found;
+    for (const Path& name : names)
+        if (const Path drawing = DrawingOfName(name); !drawing.empty())
+            found.insert(folder / drawing);
+    drawings.assign(found.begin(), found.end());
+    return why;
+}
+
+std::string ZvRecovery::Restore(const Finding& finding, const Candidate& candidate) const {
+    const Path& drawing = finding.drawing;
+    Path source = candidate.file;
+    std::string why;
+    if (candidate.kind != Kind::Unfinished) { // a backup stays a backup
+        source = ZvCore::IFileSystem::TemporaryBeside(drawing);
+        why = m_files.Copy(candidate.file, source);
+        if (!why.empty())
+            return why;
+    }
+    if (!finding.exists) {
+        why = m_files.Rename(source, drawing);
+    } else {
+        const Path kept =
+            finding.IsWhole() ? m_backups.GetInstantBackupFilename(drawing) : DamagedName(drawing);
+        why = kept.empty() ? "no backup can be made" : m_files.ReplaceKeeping(source, drawing, kept);
+    }
+    if (!why.empty() && source != candidate.file)
+        (void)m_files.Delete(source);
+    return why.empty() ? m_files.SyncFolder(ZvCore::IFileSystem::FolderOf(drawing)) : why;
+}
+
+/// Only beside a whole drawing: else even rubbish may be all there is.
+void ZvRecovery::DeleteRubbish(const Finding& finding) const {
+    if (finding.isBusy || !m_verifier.Check(finding.drawing).empty())
+        return;
+    for (const Path& file : finding.rubbish)
+        (void)m_files.Delete(file);
+}
+
+bool ZvRecovery::Offer(const Path& drawing, IZvHost& host) const {
+    const Finding finding = Look(drawing);
+    const Candidate* best = finding.Best();
+    if (!best) {
+        DeleteRubbish(finding);
+        return false;
+    }
+    const XStringW question =
+        XStringW::Format(ZvStrings::Get(ZvStr::RecoverQuestion), Text(drawing).c_str(),
+                         finding.Describe().c_str(), Text(best->file.filename()).c_str());
+    if (!host.AskYesNo(question, false))
+        return false;
+    if (const std::string why = Restore(finding, *best); !why.empty()) {
+        host.Tell(XStringW::Format(ZvStrings::Get(ZvStr::RecoverFailed), Text(drawing).c_str(), why.c_str()));
+        return false;
+    }
+    DeleteRubbish(finding);
+    return true;
+}

@@ -1,0 +1,86 @@
+#include "ZvCore/SystemFileSystem.h"
+#include "ZvCore/DiskFile.h"
+#include "ZvCore/Platform/Platform.h"
+
+namespace ZvCore {
+
+namespace fs = std::filesystem;
+
+IFileSystem& IFileSystem::System() {
+    static SystemFileSystem files;
+    return files;
+}
+
+std::unique_ptr<IStoredFile> SystemFileSystem::Open(const Path& path, Mode mode, std::string& why) {
+    const DiskFile::Mode how = mode == Mode::Read     ? DiskFile::Mode::Read
+                               : mode == Mode::Create ? DiskFile::Mode::Create
+                                                      : DiskFile::Mode::CreateNew;
+    return DiskFile::Open(path, how, why);
+}
+
+IFileSystem::Info SystemFileSystem::Look(const Path& path) {
+    Info info;
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    info.exists = fs::exists(status);
+    if (!info.exists)
+        return info;
+    info.isFolder = fs::is_directory(status);
+    constexpr fs::perms anyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    info.isReadOnly = (status.permissions() & anyWrite) == fs::perms::none;
+    if (fs::is_regular_file(status))
+        info.length = fs::file_size(path, error);
+    info.modified = ZvPlatform::FileModified(path);
+    return info;
+}
+
+std::string SystemFileSystem::List(const Path& folder, std::vector<Path>& names) {
+    names.clear();
+    std::error_code error;
+    fs::directory_iterator at(folder.empty() ? Path(".") : folder, error);
+    for (const fs::directory_iterator end; !error && at != end; at.increment(error))
+        names.push_back(at->path().filename());
+    return error ? error.message() : std::string();
+}
+
+std::string SystemFileSystem::Rename(const Path& from, const Path& to) {
+    return ZvPlatform::RenameReplace(from, to);
+}
+
+std::string SystemFileSystem::Link(const Path& from, const Path& to) {
+    return ZvPlatform::HardLink(from, to);
+}
+
+std::string SystemFileSystem::Delete(const Path& path) {
+    return ZvPlatform::DeleteFileIfThere(path);
+}
+
+std::string SystemFileSystem::CopyPermissions(const Path& from, const Path& to) {
+    std::error_code error;
+    const fs::file_status status = fs::status(from, error);
+    if (!error)
+        fs::permissions(to, status.permissions(), error);
+    return error ? error.message() : std::string();
+}
+
+std::string SystemFileSystem::SyncFolder(const Path& folder) {
+    return ZvPlatform::SyncFolder(folder);
+}
+
+bool SystemFileSystem::CanWriteIn(const Path& folder) {
+    return ZvPlatform::IsFolderWritable(folder);
+}
+
+fs::path SystemFileSystem::Resolve(const Path& path) {
+    std::error_code error;
+    const Path resolved = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : Path();
+    return error || resolved.empty() ? path : resolved;
+}
+
+std::string SystemFileSystem::ReplaceKeeping(const Path& from, const Path& to, const Path& backup) {
+    if (ZvPlatform::kReplacesWithBackup && FolderOf(to) == FolderOf(backup))
+        return ZvPlatform::ReplaceWithBackup(from, to, backup);
+    return IFileSystem::ReplaceKeeping(from, to, backup);
+}
+
+} // namespace ZvCore
