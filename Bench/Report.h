@@ -36,3 +36,4 @@ void BenchNames(Report& report);
 void BenchFrame(Report& report);
 void BenchScaling(Report& report);
 void BenchUndo(Report& report);
+void BenchSave(Report& report);

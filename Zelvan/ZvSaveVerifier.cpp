@@ -8,11 +8,30 @@
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeCheck.h"
+#include "Zelvan/ZvNativeDigester.h"
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvNativeHeader.h"
 #include "Zelvan/ZvStrings.h"
+#include <memory>
+#include <system_error>
 
 namespace {
+
+/// Begins to digest a file that lies in memory on a second thread; null when that cannot be.
+std::unique_ptr<ZvNativeDigester> DigestAside(const ZvCore::IFile& file, ZvNativeHeader& header) {
+    const uint64_t length = file.Length();
+    const uint8_t* bytes = length >= ZvNativeHeader::kSize ? file.View(0, size_t(length)) : nullptr;
+    if (!bytes)
+        return nullptr;
+    header.Parse(bytes);
+    if (!header.HasDigest() || header.length != length)
+        return nullptr;
+    try {
+        return std::make_unique<ZvNativeDigester>(bytes, length);
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
+}
 
 /// Entities in the trees of the drawing's own records; tables borrowed from `parent` are its parent's.
 uint64_t OwnCensus(ZvDrawing& drawing, const ZvDrawing* parent) {
@@ -45,11 +64,16 @@ std::string ZvSaveVerifier::Check(const std::filesystem::path& file, std::option
     ZvNativeCheck::Options options;
     options.maxFindings = 1;
     options.progress = progress;
+    ZvNativeHeader header;
+    const auto digester = DigestAside(*stream, header);
+    options.digests = !digester; // that of the whole file covers its blocks
     const ZvNativeCheck::Result result = ZvNativeCheck::Run(*stream, options);
     if (!result.findings.empty())
         return result.findings.front().where + ": " + result.findings.front().what;
     if (result.cancelled)
         return "cancelled";
+    if (digester && digester->Finish(nullptr).whole != header.digest)
+        return ZvStrings::Get(ZvStr::LoadBadChecksum);
     if (!result.hasDigest)
         return ZvStrings::Get(ZvStr::SaveNoDigest);
     if (entities && *entities != result.ownEntities)

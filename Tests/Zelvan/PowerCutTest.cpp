@@ -223,3 +223,41 @@ TEST(PowerCut, AFailureOfAnyOneCallLeavesTheOldFileOrTheNewOne) {
         }
     }
 }
+
+TEST(PowerCut, AFailureOfAnyOneCallOfLoadPurgeOrRecoveryLosesNothing) {
+    World world;
+    world.SaveOld();
+    world.SaveOld();
+    Backup(world), Backup(world);
+    const SimulatedFiles::Contents before = world.files.All();
+    const std::string plan = before.at(kPlan);
+    for (uint64_t n = 1; n < 40; ++n) {
+        SCOPED_TRACE(n);
+        SimulatedFiles files(before);
+        files.FailAt(n);
+        ZvDrawing drawing;
+        drawing.DrawingIO()->SetFiles(files);
+        std::string why;
+        const Zv::Status loaded = drawing.DrawingIO()->LoadSimple(kPlan, &why);
+        EXPECT_EQ(Zv::Ok(loaded), drawing.NameTable().Count() > 0);
+        EXPECT_TRUE(Zv::Ok(loaded) || !why.empty());
+
+        files.FailAt(n);
+        const ZvBackups backups(files, world.settings, IZvClock::System(), nullptr);
+        (void)backups.PeriodicBackupPurge("/d"); // all of them expired years ago
+        EXPECT_FALSE(files.Get("/d/Autobackup_plan0001.zvd").empty()) << "the newest one";
+        EXPECT_TRUE(files.Get(kPlan) == plan);
+
+        SimulatedFiles broken(before);
+        broken.Put(kPlan, "damaged");
+        broken.FailAt(n);
+        const ZvBackups others(broken, world.settings, IZvClock::System(), nullptr);
+        const ZvRecovery recovery(broken, others);
+        const ZvRecovery::Finding finding = recovery.Look(kPlan);
+        const bool done = finding.Best() && recovery.Restore(finding, *finding.Best()).empty();
+        EXPECT_TRUE(!done || recovery.Look(kPlan).IsWhole());
+        broken.FailAt(0);
+        const ZvRecovery::Finding again = recovery.Look(kPlan);
+        EXPECT_TRUE(again.IsWhole() || again.Best());
+    }
+}

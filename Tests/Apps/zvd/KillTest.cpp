@@ -1,0 +1,52 @@
+#ifndef _WIN32
+#include "ScratchFolder.h"
+#include "ZvCore/Platform/Platform.h"
+#include "ZvdRun.h"
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+/// Kills to make; `./dev soak` asks for hundreds.
+int Kills() {
+    const char* given = std::getenv("ZELVAN_SOAK_KILLS");
+    return given && std::atoi(given) > 0 ? std::atoi(given) : 6;
+}
+
+unsigned Random(unsigned below) {
+    unsigned number = 0;
+    ZvPlatform::RandomBytes(&number, sizeof number);
+    return number % below;
+}
+
+} // namespace
+
+TEST(ZvdKilled, SavesLeaveTheOldOrTheNewDrawingAndRecoverTidiesUp) {
+    const ScratchFolder folder;
+    const auto run = [&](const std::string& arguments, const std::string& prefix = {}) {
+        return RunZvd(folder.Path(), arguments, prefix);
+    };
+    const std::string old = Quote(folder / "old.zvd"), fresh = Quote(folder / "new.zvd"),
+                      target = Quote(folder / "target.zvd");
+    ASSERT_EQ(run("bench-data " + old + " --lines 3000").code, 0);
+    ASSERT_EQ(run("bench-data " + fresh + " --lines 30000").code, 0);
+    ASSERT_EQ(run("convert " + old + " " + target).code, 0);
+    int killed = 0, changed = 0;
+    for (int i = 0; i < Kills(); ++i) {
+        char prefix[64];
+        std::snprintf(prefix, sizeof prefix, "timeout -s KILL 0.%03u", 5 + Random(200));
+        killed += run("convert " + (i % 2 ? old : fresh) + " " + target, prefix).code != 0;
+        ASSERT_TRUE(std::filesystem::exists(folder / "target.zvd")) << "after kill " << i;
+        const ZvdRun recovered = run("recover --json " + target);
+        ASSERT_EQ(recovered.code, 0) << recovered.out << recovered.err;
+        const ZvdRun info = run("info --json " + target);
+        ASSERT_EQ(info.code, 0) << info.err;
+        const auto entities = nlohmann::json::parse(info.out, nullptr, false)["entities"].get<int>();
+        ASSERT_TRUE(entities == 3000 || entities == 30000) << entities;
+        changed += entities == 30000;
+    }
+    std::printf("  %d of %d saves killed, %d times the new drawing was there\n", killed, Kills(), changed);
+}
+#endif
