@@ -14,11 +14,19 @@ bool ZvOriginals::Has(uint32_t name) const {
 }
 
 void ZvOriginals::Keep(const ZvEntity& entity) {
-    m_kept.push_back({entity.Name32(), ZvDrawPlace(entity), entity.Clone(), nullptr});
+    Kept kept{entity.Name32(), ZvDrawPlace(entity), entity.Clone(), nullptr};
+    m_bytes += Bytes(kept);
+    m_kept.push_back(std::move(kept));
 }
 
 void ZvOriginals::KeepOrigin(const ZvXLine& line) {
-    m_kept.push_back({line.Name32(), ZvDrawPlace(line), nullptr, std::make_unique<Vec4d>(line.Origin())});
+    Kept kept{line.Name32(), ZvDrawPlace(line), nullptr, std::make_unique<Vec4d>(line.Origin())};
+    m_bytes += Bytes(kept);
+    m_kept.push_back(std::move(kept));
+}
+
+size_t ZvOriginals::Bytes(const Kept& kept) {
+    return kept.copy ? kept.copy->MemUsage() : sizeof(Vec4d);
 }
 
 void ZvOriginals::PutBack(const Kept& kept, ZvEntity& entity) {
@@ -43,20 +51,23 @@ void ZvOriginals::Restore(ZvDrawing& drawing, std::string_view context) const {
 
 void ZvOriginals::RestoreLast(ZvEntity& entity) {
     PutBack(m_kept.back(), entity);
+    m_bytes -= Bytes(m_kept.back());
     m_kept.pop_back();
 }
 
 void ZvOriginals::Remove(const ZvSelection& leaving) {
-    std::erase_if(m_kept, [&](const Kept& kept) { return leaving.Contains(ZvName(kept.name)); });
+    std::erase_if(m_kept, [&](const Kept& kept) {
+        const bool leaves = leaving.Contains(ZvName(kept.name));
+        m_bytes -= leaves ? Bytes(kept) : 0;
+        return leaves;
+    });
 }
 
 void ZvOriginals::Clear() {
     std::vector<Kept>().swap(m_kept);
+    m_bytes = 0;
 }
 
 size_t ZvOriginals::MemUsage() const {
-    size_t bytes = m_kept.capacity() * sizeof(Kept);
-    for (const Kept& kept : m_kept)
-        bytes += kept.copy ? kept.copy->MemUsage() : sizeof(Vec4d);
-    return bytes;
+    return m_bytes + m_kept.capacity() * sizeof(Kept);
 }

@@ -43,5 +43,8 @@ private:
     };
     static void PutBack(const Kept& kept, ZvEntity& entity);
 
+    static size_t Bytes(const Kept& kept);
+
     std::vector<Kept> m_kept;
+    size_t m_bytes = 0; ///< of the copies
 };

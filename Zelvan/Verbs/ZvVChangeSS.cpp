@@ -1,5 +1,6 @@
 #include "Zelvan/Verbs/ZvVChangeSS.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 
 ZvVChangeSS::ZvVChangeSS(const ZvSelection& selection)
     : ZvVerb(selection.ParentDrawing()), m_former(selection.ParentDrawing()) {
@@ -22,6 +23,10 @@ void ZvVChangeSS::Undo() {
 void ZvVChangeSS::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     m_former.Remove(leaving);
+}
+
+XStringW ZvVChangeSS::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbChangeSS);
 }
 
 size_t ZvVChangeSS::MemUsage() const {

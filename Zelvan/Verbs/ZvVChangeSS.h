@@ -8,7 +8,7 @@ public:
     explicit ZvVChangeSS(const ZvSelection& selection);
 
     Kind GetKind() const override { return Kind::Selection; }
-    XStringW DefaultName() const override { return u"Change Selection"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool ChangesDrawing() const override { return false; }
     bool IsNullOp() const override;

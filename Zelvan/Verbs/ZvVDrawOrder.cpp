@@ -2,6 +2,7 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 
 ZvVDrawOrder::ZvVDrawOrder(const ZvSelection& entities) : ZvVerb(entities.ParentDrawing()) {
     Entities() = entities;
@@ -77,6 +78,10 @@ void ZvVDrawOrder::Restore(const Orders& orders) const {
             if (ZvBNode* node = entity ? entity->ParentBlockLeaf() : nullptr)
                 node->ChangeEntityOrder(entity, ZvEntityOrder::ToFront);
         }
+}
+
+XStringW ZvVDrawOrder::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbDrawOrder);
 }
 
 size_t ZvVDrawOrder::MemUsage() const {

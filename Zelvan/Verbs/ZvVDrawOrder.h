@@ -21,7 +21,7 @@ public:
     ZvBNode* Block(int index) const;
 
     Kind GetKind() const override { return Kind::DrawOrder; }
-    XStringW DefaultName() const override { return u"Draw Order"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override;
     void Do() override;

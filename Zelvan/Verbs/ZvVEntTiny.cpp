@@ -115,6 +115,10 @@ void ZvVEntTiny::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
 }
 
+XStringW ZvVEntTiny::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbEntTiny);
+}
+
 size_t ZvVEntTiny::MemUsage() const {
     return ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) + m_states.capacity() * sizeof(ZvEntityState) +
            m_stateOf.capacity() * sizeof(uint32_t);

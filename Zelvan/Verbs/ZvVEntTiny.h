@@ -22,7 +22,7 @@ public:
     size_t StateCount() const { return m_states.size(); }
 
     Kind GetKind() const override { return Kind::Tiny; }
-    XStringW DefaultName() const override { return u"Change Attributes"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override;
     void Do() override;

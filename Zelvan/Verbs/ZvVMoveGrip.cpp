@@ -1,6 +1,7 @@
 #include "Zelvan/Verbs/ZvVMoveGrip.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 #include <algorithm>
 #include <cmath>
@@ -43,6 +44,10 @@ void ZvVMoveGrip::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     std::erase_if(m_pairs, [&](const Pair& pair) { return leaving.Contains(ZvName(pair.name)); });
     m_originals.Remove(leaving);
+}
+
+XStringW ZvVMoveGrip::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbMoveGrip);
 }
 
 size_t ZvVMoveGrip::MemUsage() const {

@@ -17,7 +17,7 @@ public:
     void DoInternal(bool forward);
 
     Kind GetKind() const override { return Kind::MoveGrip; }
-    XStringW DefaultName() const override { return u"Move Grip"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override;
     void Do() override { DoInternal(true); }

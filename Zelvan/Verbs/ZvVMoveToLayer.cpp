@@ -2,6 +2,7 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 
 namespace {
@@ -100,6 +101,10 @@ void ZvVMoveToLayer::UpdateLayersUsed() {
 void ZvVMoveToLayer::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     std::erase_if(m_former, [&](const Former& former) { return leaving.Contains(ZvName(former.name)); });
+}
+
+XStringW ZvVMoveToLayer::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbMoveToLayer);
 }
 
 size_t ZvVMoveToLayer::MemUsage() const {

@@ -12,7 +12,7 @@ public:
     explicit ZvVMoveToLayer(ZvLayer& to, const ZvSelection& entities = ZvSelection());
 
     Kind GetKind() const override { return Kind::MoveToLayer; }
-    XStringW DefaultName() const override { return u"Move to Layer"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     /// Every entity is on the layer already.
     bool IsNullOp() const override;

@@ -3,6 +3,7 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 #include <algorithm>
 #include <array>
@@ -153,6 +154,10 @@ void ZvVPropertyChange::RemoveFromSet(const ZvSelection& leaving) {
     std::erase_if(m_states, leaves);
     std::erase_if(m_formerValues, leaves);
     m_originals.Remove(leaving);
+}
+
+XStringW ZvVPropertyChange::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbPropertyChange);
 }
 
 size_t ZvVPropertyChange::MemUsage() const {

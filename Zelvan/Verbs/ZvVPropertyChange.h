@@ -24,7 +24,7 @@ public:
     const std::set<std::string>& Refusals() const { return m_refusals; }
 
     Kind GetKind() const override { return Kind::PropertyChange; }
-    XStringW DefaultName() const override { return u"Change Properties"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override;
     void Do() override;

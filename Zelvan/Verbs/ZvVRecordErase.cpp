@@ -7,6 +7,7 @@
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeDesc.h"
 #include "Zelvan/ZvNativeFile.h"
+#include "Zelvan/ZvStrings.h"
 #include "Zelvan/ZvTableTable.h"
 #include "ZvCore/ZvErrors.h"
 #include <algorithm>
@@ -64,6 +65,7 @@ void ZvVRecordErase::EraseContents(ZvTableRecord& record) {
     ZvBNode* tree = TreeOf(record);
     if (!tree)
         return;
+    AddLayerUsed(dynamic_cast<ZvLayer*>(&record));
     dvect<ZvEntity*> entities;
     tree->EnumAll(entities, false);
     for (ZvEntity* entity : entities) {
@@ -195,6 +197,10 @@ void ZvVRecordErase::FlushDone() {
 void ZvVRecordErase::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     m_referrers.Remove(leaving);
+}
+
+XStringW ZvVRecordErase::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbRecordErase);
 }
 
 size_t ZvVRecordErase::MemUsage() const {

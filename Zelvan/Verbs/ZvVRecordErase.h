@@ -22,7 +22,7 @@ public:
     bool Add(const ZvTableRecord& record);
 
     Kind GetKind() const override { return Kind::Record; }
-    XStringW DefaultName() const override { return u"Delete Record"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override { return m_entries.empty(); }
     void Do() override;

@@ -1,6 +1,7 @@
 #include "Zelvan/Verbs/ZvVRecordModify.h"
 #include "Zelvan/Tables/ZvTableRecord.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 #include <algorithm>
 
@@ -69,6 +70,10 @@ bool ZvVRecordModify::Redo() {
     for (const Entry& entry : m_entries)
         (void)entry.after.Restore(*entry.key.Find(*Drawing()));
     return true;
+}
+
+XStringW ZvVRecordModify::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbRecordModify);
 }
 
 size_t ZvVRecordModify::MemUsage() const {

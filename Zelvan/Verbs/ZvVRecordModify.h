@@ -22,7 +22,7 @@ public:
     const std::vector<std::string>& Refusals() const { return m_refusals; }
 
     Kind GetKind() const override { return Kind::Record; }
-    XStringW DefaultName() const override { return u"Edit Record"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override;
     void Do() override;

@@ -1,5 +1,6 @@
 #include "Zelvan/Verbs/ZvVRecordNew.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 
 ZvVRecordNew::ZvVRecordNew(ZvTable& table, std::unique_ptr<ZvTableRecord> record)
@@ -67,6 +68,10 @@ void ZvVRecordNew::FlushNeverDone() {
     m_record->DropContents();
     m_record->OnRemoving();
     m_record.reset();
+}
+
+XStringW ZvVRecordNew::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbRecordNew);
 }
 
 size_t ZvVRecordNew::MemUsage() const {

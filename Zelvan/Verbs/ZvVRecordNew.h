@@ -20,7 +20,7 @@ public:
 
     Kind GetKind() const override { return Kind::Record; }
     void FlushNeverDone() override;
-    XStringW DefaultName() const override { return u"New Record"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override { return m_refused; }
     void Do() override;

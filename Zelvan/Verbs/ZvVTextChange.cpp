@@ -3,6 +3,7 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 
 namespace {
@@ -123,6 +124,10 @@ void ZvVTextChange::RemoveFromSet(const ZvSelection& leaving) {
         return (entity && leaving.Contains(ZvName(entity->name))) ||
                (attribute && leaving.Contains(ZvName(attribute->name)));
     });
+}
+
+XStringW ZvVTextChange::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbTextChange);
 }
 
 size_t ZvVTextChange::MemUsage() const {

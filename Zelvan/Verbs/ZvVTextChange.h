@@ -19,7 +19,7 @@ public:
     bool AddRecord(const ZvTableRecord& record, const std::string& property, const XStringW& text);
 
     Kind GetKind() const override { return Kind::TextChange; }
-    XStringW DefaultName() const override { return u"Change Text"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override { return m_changes.empty(); }
     void Do() override;

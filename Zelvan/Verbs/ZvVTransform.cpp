@@ -1,6 +1,7 @@
 #include "Zelvan/Verbs/ZvVTransform.h"
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 #include <cmath>
 
@@ -74,6 +75,10 @@ void ZvVTransform::Undo() {
 void ZvVTransform::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     m_originals.Remove(leaving);
+}
+
+XStringW ZvVTransform::DefaultName() const {
+    return ZvStrings::GetW(ZvStr::VerbTransform);
 }
 
 size_t ZvVTransform::MemUsage() const {

@@ -14,7 +14,7 @@ public:
     int RefusedCount() const { return m_refused; }
 
     Kind GetKind() const override { return Kind::Transform; }
-    XStringW DefaultName() const override { return u"Transform"; }
+    XStringW DefaultName() const override;
     size_t MemUsage() const override;
     bool IsNullOp() const override;
     void Do() override;

@@ -113,7 +113,7 @@ TEST_F(EditVerbsTest, DrawOrderComesBack) {
 TEST_F(EditVerbsTest, TransformThatCannotBeStoredChangesNothing) {
     Line();
     const ZvBounds3D before = drawing.Bounds();
-    for (const double bad : {NAN, INFINITY, 1e308}) {
+    for (const double bad : {double(NAN), double(INFINITY), 1e308}) {
         auto* verb = new ZvVTransform(All(), Mat4d::Scaling({bad, bad, 1}));
         drawing.DoVerb(verb);
         EXPECT_EQ(verb->RefusedCount(), 1) << bad;

@@ -10,8 +10,9 @@ TEST(UndoMarathonTest, EveryKindOfVerbUndoesAndRedoesToTheByte) {
             ASSERT_TRUE(marathon.RoundTrip(kind, changed)) << kind << ": " << marathon.Failure();
             changes += changed;
         }
-        if (kind != "selection" && kind != "draw order") // neither shows in these files
+        if (kind != "selection" && kind != "draw order") { // neither shows in these files
             EXPECT_GT(changes, 0) << kind;
+        }
     }
 }
 
