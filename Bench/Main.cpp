@@ -10,7 +10,7 @@ struct Part {
 };
 constexpr Part kParts[] = {{"io", BenchIo},       {"memory", BenchMemory}, {"tree", BenchTree},
                            {"names", BenchNames}, {"frame", BenchFrame},   {"scaling", BenchScaling},
-                           {"undo", BenchUndo},    {"save", BenchSave}};
+                           {"undo", BenchUndo},   {"save", BenchSave}};
 
 } // namespace
 

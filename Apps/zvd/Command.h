@@ -18,4 +18,5 @@ void AddConvertCommand(CLI::App& app, CommandRun& run);
 void AddRenderCommand(CLI::App& app, CommandRun& run);
 void AddBenchDataCommand(CLI::App& app, CommandRun& run);
 void AddDemoCommand(CLI::App& app, CommandRun& run);
+void AddEditCommand(CLI::App& app, CommandRun& run);
 void AddRecoverCommand(CLI::App& app, CommandRun& run);

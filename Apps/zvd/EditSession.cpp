@@ -1,0 +1,226 @@
+#include "Apps/zvd/EditSession.h"
+#include "Zelvan/DrawingAux/ZvVerbStack.h"
+#include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Verbs/ZvVerb.h"
+#include "Zelvan/ZvBNode.h"
+#include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvDrawingIO.h"
+#include "ZvCore/IOErrorSet.h"
+#include "ZvCore/Platform/Platform.h"
+#include <utility>
+
+const EditSession::Command EditSession::kCommands[] = {
+    {"add", "add polyline|polygon|point X,Y … [/ X,Y …] [layer=NAME]", 2, 100000, &EditSession::Add},
+    {"erase", "erase WHAT", 1, 1, &EditSession::Erase},
+    {"move", "move WHAT DX,DY", 2, 2, &EditSession::Move},
+    {"rotate", "rotate WHAT DEGREES [about=X,Y]", 2, 2, &EditSession::Rotate},
+    {"scale", "scale WHAT FACTOR [about=X,Y]", 2, 2, &EditSession::Scale},
+    {"grip", "grip NAME INDEX X,Y", 3, 3, &EditSession::Grip},
+    {"tolayer", "tolayer WHAT LAYER", 2, 2, &EditSession::ToLayer},
+    {"property", "property WHAT [color=C] [width=W] [fill=B]", 1, 1, &EditSession::Property},
+    {"attribute", "attribute WHAT FIELD=VALUE …", 1, 1, &EditSession::Attribute},
+    {"order", "order WHAT front|back", 2, 2, &EditSession::Order},
+    {"select", "select WHAT|none", 1, 1, &EditSession::Select},
+    {"layer", "layer new|delete NAME, layer rename OLD NEW, layer edit NAME [color=C] [visible=yes|no]", 2, 3,
+     &EditSession::Layer},
+    {"undo", "undo [TIMES]", 0, 1, &EditSession::Undo},
+    {"redo", "redo [TIMES]", 0, 1, &EditSession::Redo},
+    {"section", "section begin|end [barrier|rollback]", 1, 2, &EditSession::Section},
+    {"save", "save [FILE]", 0, 1, &EditSession::Save},
+    {"count", "count WHAT", 1, 1, &EditSession::Count},
+};
+
+EditSession::EditSession(ZvDrawing& drawing, std::filesystem::path file)
+    : m_drawing(drawing), m_file(std::move(file)), m_last(&drawing) {}
+
+std::string EditSession::Help() {
+    std::string text;
+    for (const Command& command : kCommands)
+        text += std::string("  ") + command.usage + "\n";
+    return text + "WHAT: all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, or names of entities: 17,20-25\n";
+}
+
+EditOutcome EditSession::Run(const EditLine& line) {
+    EditOutcome outcome;
+    for (const Command& command : kCommands) {
+        if (line.command != command.name)
+            continue;
+        if (line.words.size() < command.least || line.words.size() > command.most)
+            Refuse(outcome, std::string("write: ") + command.usage);
+        else
+            outcome.done = (this->*command.action)(line, outcome);
+        return outcome;
+    }
+    std::string known;
+    for (const Command& command : kCommands)
+        known += (known.empty() ? "" : ", ") + std::string(command.name);
+    Refuse(outcome, "there is no '" + line.command + "': use one of " + known);
+    return outcome;
+}
+
+bool EditSession::Refuse(EditOutcome& outcome, std::string why) {
+    outcome.text = std::move(why);
+    return false;
+}
+
+bool EditSession::Do(std::unique_ptr<ZvVerb> verb, EditOutcome& outcome) {
+    const std::string name = verb->GetName().ToUtf8();
+    const int count = verb->Entities().Count();
+    if (m_drawing.DoVerb(verb.release()) == 0 && m_drawing.Verbs()->Budget() != 0)
+        return Refuse(outcome, "'" + name + "' was not done");
+    outcome.text = name + (count > 0 ? ": " + std::to_string(count) : "");
+    return true;
+}
+
+// --- what is meant ------------------------------------------------------------------------------------------
+
+bool EditSession::Resolve(const std::string& what, ZvSelection& found, EditOutcome& outcome) const {
+    const auto names = [&](const char* prefix) { return what.rfind(prefix, 0) == 0; };
+    found = ZvSelection(&m_drawing);
+    if (what == "all") {
+        m_drawing.SelectAll(found);
+    } else if (what == "selected") {
+        found = m_drawing.CurrentSelection();
+    } else if (what == "last") {
+        found = m_last;
+    } else if (names("layer:")) {
+        ZvLayer* layer = FindLayer(what.substr(6), outcome);
+        if (!layer)
+            return false;
+        layer->Tree().ForEach([&](ZvEntity* entity) {
+            found.Insert(entity);
+            return true;
+        });
+    } else if (names("box:")) {
+        if (!ResolveBox(what.substr(4), found, outcome))
+            return false;
+    } else if (!ResolveNames(what, found, outcome)) {
+        return false;
+    }
+    std::vector<ZvEntity*> entities;
+    found.GetValidEntities(entities);
+    found = ZvSelection(&m_drawing);
+    for (const ZvEntity* entity : entities)
+        if (!entity->IsErased())
+            found.Insert(entity);
+    return true;
+}
+
+bool EditSession::ResolveSome(const std::string& what, ZvSelection& found, EditOutcome& outcome) const {
+    if (!Resolve(what, found, outcome))
+        return false;
+    return !found.IsEmpty() || Refuse(outcome, "'" + what + "' means no entity of the drawing");
+}
+
+bool EditSession::ResolveNames(const std::string& what, ZvSelection& found, EditOutcome& outcome) const {
+    for (size_t at = 0; at <= what.size();) {
+        const size_t comma = std::min(what.find(',', at), what.size());
+        const std::string_view range = std::string_view(what).substr(at, comma - at);
+        const size_t dash = range.find('-');
+        const auto first = EditLine::Whole(range.substr(0, dash));
+        const auto last = dash == std::string_view::npos ? first : EditLine::Whole(range.substr(dash + 1));
+        if (!first || !last || *last < *first || *last > 0xFFFFFFFF || *last - *first > 10'000'000)
+            return Refuse(outcome, "'" + what +
+                                       "' is none of all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, " +
+                                       "or names such as 17,20-25");
+        for (uint64_t name = *first; name <= *last; ++name)
+            found.InsertIfExists(ZvName(uint32_t(name)));
+        at = comma + 1;
+    }
+    return true;
+}
+
+bool EditSession::ResolveBox(const std::string& box, ZvSelection& found, EditOutcome& outcome) const {
+    double side[4] = {};
+    size_t count = 0;
+    for (size_t at = 0; at <= box.size() && count < 4; ++count) {
+        const size_t comma = std::min(box.find(',', at), box.size());
+        const auto number = EditLine::Number(std::string_view(box).substr(at, comma - at));
+        if (!number)
+            break;
+        side[count] = *number;
+        at = comma + 1;
+    }
+    if (count < 4)
+        return Refuse(outcome, "write box:X0,Y0,X1,Y1 with four numbers");
+    ZvBounds2D window;
+    window.Set(std::min(side[0], side[2]), std::min(side[1], side[3]), std::max(side[0], side[2]),
+               std::max(side[1], side[3]));
+    m_drawing.SelectRect(window, false, found);
+    return true;
+}
+
+ZvLayer* EditSession::FindLayer(const std::string& name, EditOutcome& outcome) const {
+    ZvLayer* layer = m_drawing.LayerTable()->GetByName(XStringW::FromUtf8(name));
+    if (!layer)
+        Refuse(outcome, "there is no layer '" + name + "': make it with: layer new \"" + name + "\"");
+    return layer;
+}
+
+// --- words to the stack and the file ----------------------------------------------------------------------------
+
+bool EditSession::Steps(const EditLine& line, bool undo, EditOutcome& outcome) {
+    const auto times = line.words.empty() ? std::optional<uint64_t>(1) : EditLine::Whole(line.words[0]);
+    if (!times || *times == 0)
+        return Refuse(outcome, "'" + line.words[0] + "' is no number of steps");
+    ZvVerbStack& stack = *m_drawing.Verbs();
+    for (uint64_t i = 0; i < *times; ++i) {
+        if (undo ? !stack.CanUndo() : !stack.CanRedo())
+            return Refuse(outcome, "after " + std::to_string(i) + " steps there is nothing to " +
+                                       (undo ? "undo" : "redo"));
+        if (!(undo ? stack.Undo() : stack.Redo()))
+            return Refuse(outcome, "step " + std::to_string(i + 1) + " is refused");
+    }
+    outcome.text = std::string(undo ? "undone: " : "redone: ") + std::to_string(*times);
+    return true;
+}
+
+bool EditSession::Undo(const EditLine& line, EditOutcome& outcome) {
+    return Steps(line, true, outcome);
+}
+
+bool EditSession::Redo(const EditLine& line, EditOutcome& outcome) {
+    return Steps(line, false, outcome);
+}
+
+bool EditSession::Section(const EditLine& line, EditOutcome& outcome) {
+    ZvVerbStack& stack = *m_drawing.Verbs();
+    const std::string& which = line.words[0];
+    const std::string flag = line.words.size() > 1 ? line.words[1] : "";
+    if (which == "begin" && (flag.empty() || flag == "barrier")) {
+        m_sections.push_back(stack.VerbBeginSection(flag == "barrier" ? 1 : 0));
+        outcome.text = "section " + std::to_string(m_sections.back()) + " begun";
+        return true;
+    }
+    if (which != "end" || !(flag.empty() || flag == "rollback"))
+        return Refuse(outcome, "write: section begin [barrier], or: section end [rollback]");
+    if (m_sections.empty())
+        return Refuse(outcome, "no section is open: write 'section begin' first");
+    const int section = m_sections.back();
+    m_sections.pop_back();
+    if (!stack.VerbEndSection(section, flag == "rollback" ? 2 : 0))
+        return Refuse(outcome, "section " + std::to_string(section) + " is not open any more");
+    outcome.text = "section " + std::to_string(section) + (flag.empty() ? " ended" : " rolled back");
+    return true;
+}
+
+bool EditSession::Save(const EditLine& line, EditOutcome& outcome) {
+    const std::filesystem::path target =
+        line.words.empty() ? m_file : ZvPlatform::PathFromUtf8(line.words[0]);
+    IOErrorSet errors;
+    if (!Zv::Ok(m_drawing.DrawingIO()->SaveFile(target, nullptr, 0, &errors)))
+        return Refuse(outcome, "cannot save '" + ZvPlatform::PathToUtf8(target) + "': " + errors.ToString());
+    ++m_saves;
+    outcome.text = "saved " + ZvPlatform::PathToUtf8(m_drawing.DrawingIO()->DrawingFileName());
+    return true;
+}
+
+bool EditSession::Count(const EditLine& line, EditOutcome& outcome) {
+    ZvSelection found;
+    if (!Resolve(line.words[0], found, outcome))
+        return false;
+    outcome.text = std::to_string(found.Count());
+    return true;
+}

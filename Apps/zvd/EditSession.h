@@ -1,0 +1,80 @@
+#pragma once
+#include "Apps/zvd/EditLine.h"
+#include "Zelvan/ZvSelection.h"
+#include "ZvCore/Mat4T.h"
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+class ZvDrawing;
+class ZvLayer;
+class ZvVerb;
+
+/// What one line of an edit script did.
+struct EditOutcome {
+    bool done = false;
+    std::string text;            ///< what was done, or why not and what to do
+    std::vector<uint32_t> names; ///< entities that the line made
+};
+
+/// A drawing under the lines of an edit script: each line is one verb, done by the drawing's stack, or a word to the stack.
+/// Docs/edit-language.md is the language.
+class EditSession {
+public:
+    EditSession(ZvDrawing& drawing, std::filesystem::path file);
+
+    EditOutcome Run(const EditLine& line);
+    /// Lines that saved.
+    int Saves() const { return m_saves; }
+    /// The language in short, a line a command.
+    static std::string Help();
+
+private:
+    using Action = bool (EditSession::*)(const EditLine&, EditOutcome&);
+    struct Command {
+        const char* name;
+        const char* usage;
+        size_t least, most; ///< words that it takes
+        Action action;
+    };
+    static const Command kCommands[];
+
+    // The answers of actions: true when done, else `outcome.text` says why not.
+    bool Add(const EditLine& line, EditOutcome& outcome);
+    bool Erase(const EditLine& line, EditOutcome& outcome);
+    bool Move(const EditLine& line, EditOutcome& outcome);
+    bool Rotate(const EditLine& line, EditOutcome& outcome);
+    bool Scale(const EditLine& line, EditOutcome& outcome);
+    bool Grip(const EditLine& line, EditOutcome& outcome);
+    bool ToLayer(const EditLine& line, EditOutcome& outcome);
+    bool Property(const EditLine& line, EditOutcome& outcome);
+    bool Attribute(const EditLine& line, EditOutcome& outcome);
+    bool Order(const EditLine& line, EditOutcome& outcome);
+    bool Select(const EditLine& line, EditOutcome& outcome);
+    bool Layer(const EditLine& line, EditOutcome& outcome);
+    bool Undo(const EditLine& line, EditOutcome& outcome);
+    bool Redo(const EditLine& line, EditOutcome& outcome);
+    bool Section(const EditLine& line, EditOutcome& outcome);
+    bool Save(const EditLine& line, EditOutcome& outcome);
+    bool Count(const EditLine& line, EditOutcome& outcome);
+
+    bool Do(std::unique_ptr<ZvVerb> verb, EditOutcome& outcome);
+    bool Transform(const std::string& what, const Mat4d& xform, EditOutcome& outcome);
+    bool EditLayer(ZvLayer& layer, const EditLine& line, EditOutcome& outcome);
+    /// The entities that a word means: "all", "selected", "last", "layer:NAME", "box:x0,y0,x1,y1", or names "17,20-25".
+    bool Resolve(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
+    /// The same; false when that is none.
+    bool ResolveSome(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
+    bool ResolveNames(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
+    bool ResolveBox(const std::string& box, ZvSelection& found, EditOutcome& outcome) const;
+    ZvLayer* FindLayer(const std::string& name, EditOutcome& outcome) const;
+    bool Steps(const EditLine& line, bool undo, EditOutcome& outcome);
+    static bool Refuse(EditOutcome& outcome, std::string why);
+
+    ZvDrawing& m_drawing;
+    std::filesystem::path m_file;
+    ZvSelection m_last; ///< what the newest line with `add` made
+    std::vector<int> m_sections;
+    int m_saves = 0;
+};
