@@ -271,11 +271,11 @@ NativeFiles::Bytes UndoMarathon::Save() {
 bool UndoMarathon::RoundTrip(const std::string& kind, bool& changed) {
     const auto found =
         std::find_if(AllKinds().begin(), AllKinds().end(), [&](const Kind& k) { return k.name == kind; });
+    const NativeFiles::Bytes before = Save(); // some kinds are handed over with the change made
     Verb verb = (this->*found->make)();
     if (!verb)
         return true;
     ZvVerbStack& stack = *m_drawing->Verbs();
-    const NativeFiles::Bytes before = Save();
     if (!stack.DoVerb(verb.release()))
         return Fail(kind + " did not stay on the stack");
     const NativeFiles::Bytes after = Save();

@@ -72,18 +72,32 @@ uint64_t ProcessId() {
     return uint64_t(getpid());
 }
 
+namespace {
+
+/// The line of a process in the system's own list; empty where there is none.
+std::string ProcessLine(uint64_t id) {
+    std::string line;
+    std::getline(std::ifstream("/proc/" + std::to_string(id) + "/stat"), line);
+    return line;
+}
+
+/// Ended, and not yet fetched by its parent. The state follows the name, which stands in brackets and may hold anything.
+bool IsZombie(uint64_t id) {
+    const std::string line = ProcessLine(id);
+    const size_t at = line.rfind(')');
+    return at != std::string::npos && at + 2 < line.size() && (line[at + 2] == 'Z' || line[at + 2] == 'X');
+}
+
+} // namespace
+
 bool IsProcessAlive(uint64_t id) {
     const auto pid = pid_t(id);
-    return pid > 0 && uint64_t(pid) == id && (kill(pid, 0) == 0 || errno == EPERM);
+    return pid > 0 && uint64_t(pid) == id && (kill(pid, 0) == 0 || errno == EPERM) && !IsZombie(id);
 }
 
 std::string ProcessBirth(uint64_t id) {
-    std::ifstream in("/proc/" + std::to_string(id) + "/stat");
-    std::string line;
-    if (!std::getline(in, line))
-        return {};
-    // The second field is the program's name in brackets and may hold anything; the start is the 22nd.
-    size_t at = line.rfind(')');
+    const std::string line = ProcessLine(id);
+    size_t at = line.rfind(')'); // the start is the 22nd field, the name the second
     constexpr int fieldsBehindName = 20;
     for (int i = 0; i < fieldsBehindName && at != std::string::npos; ++i)
         at = line.find(' ', at + 1);
