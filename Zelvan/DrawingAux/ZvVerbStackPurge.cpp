@@ -20,14 +20,14 @@ void ZvVerbStack::PurgeUndoForLayer(ZvLayer* layer) {
 }
 
 void ZvVerbStack::PurgeUndoForEntities(const ZvSelection* entities) {
-    if (!entities)
+    if (!entities || entities->ParentDrawing() != &m_drawing)
         return;
     m_pendingEntities.Insert(*entities);
     PurgeUndo(true);
 }
 
 void ZvVerbStack::DeleteEntitiesClean(const ZvSelection* entities) {
-    if (!entities)
+    if (!entities || entities->ParentDrawing() != &m_drawing)
         return;
     m_deleteFromDone.Insert(*entities);
     m_deleteFromNeverDone.Insert(*entities);
@@ -42,7 +42,8 @@ void ZvVerbStack::DeleteEntityClean(ZvEntity* entity) {
 }
 
 bool ZvVerbStack::IsEntityPendingDelete(const ZvEntity* entity) const {
-    return m_deleteFromDone.Contains(entity) || m_deleteFromNeverDone.Contains(entity);
+    return entity && entity->ParentDrawing() == &m_drawing &&
+           (m_deleteFromDone.Contains(entity) || m_deleteFromNeverDone.Contains(entity));
 }
 
 bool ZvVerbStack::VerbIsPendingDestruction(const ZvVerb* verb) const {

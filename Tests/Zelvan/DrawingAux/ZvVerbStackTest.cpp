@@ -248,6 +248,11 @@ TEST_F(ZvVerbStackTest, SpecialPurgesTakeWhatUsesALayerOrAnEntity) {
 TEST_F(ZvVerbStackTest, CleanDeletionWaitsForTheRunningVerbAndLeavesNoReference) {
     ZvEntity* box = drawing.GetEntity(drawing.Insert(std::make_unique<BoxEntity>(0, 0, 1, 1)));
     const ZvName name = box->Name();
+    ZvDrawing stranger;
+    ZvEntity* other = stranger.GetEntity(stranger.Insert(std::make_unique<BoxEntity>(0, 0, 1, 1)));
+    const ZvSelection others = ZvSelection::Single(other);
+    stack.DeleteEntitiesClean(&others);
+    EXPECT_TRUE(drawing.NameTable().Exists(name)) << "of the same name in another drawing";
     drawing.ChangeSelection(ZvSelection::Single(box));
     Logged* verb = Verb("a");
     verb->Entities().SetParentDrawing(&drawing);
