@@ -8,9 +8,9 @@ namespace {
 
 constexpr uint64_t kSector = 512;
 /// Of writes to one file that follow each other, a cut is tried after every so many.
-constexpr size_t kWriteStride = 3;
+constexpr size_t kWriteStride = 8;
 constexpr size_t kMostSubsets = 6;
-constexpr int kModes = 24;
+constexpr int kModes = 10;
 
 std::string FolderKey(const std::string& path) {
     const size_t slash = path.rfind('/');

@@ -2,10 +2,12 @@
 #include "ScratchFolder.h"
 #include "ZvCore/Platform/Platform.h"
 #include "ZvdRun.h"
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 namespace {
 
@@ -39,7 +41,12 @@ TEST(ZvdKilled, SavesLeaveTheOldOrTheNewDrawingAndRecoverTidiesUp) {
         std::snprintf(prefix, sizeof prefix, "timeout -s KILL 0.%03u", 5 + Random(200));
         killed += run("convert " + (i % 2 ? old : fresh) + " " + target, prefix).code != 0;
         ASSERT_TRUE(std::filesystem::exists(folder / "target.zvd")) << "after kill " << i;
-        const ZvdRun recovered = run("recover --json " + target);
+        ZvdRun recovered = run("recover --json " + target);
+        constexpr int editing = 5; // for as long as the system takes to end what was killed
+        for (int wait = 0; wait < 100 && recovered.code == editing; ++wait) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            recovered = run("recover --json " + target);
+        }
         ASSERT_EQ(recovered.code, 0) << recovered.out << recovered.err;
         const ZvdRun info = run("info --json " + target);
         ASSERT_EQ(info.code, 0) << info.err;
