@@ -1,5 +1,6 @@
 #include "Apps/zvd/Command.h"
 #include "Apps/zvd/CompareDrawings.h"
+#include "Apps/zvd/DemoEdits.h"
 #include "Apps/zvd/DrawingFile.h"
 #include "Apps/zvd/Picture.h"
 #include "Apps/zvd/WorldStyle.h"
@@ -103,7 +104,9 @@ ExitCode RunDemo(const Console& console, const DemoArguments& arguments) {
     console.Line("4. Drawing it");
     nlohmann::ordered_json report{
         {"drawing", Text(target)}, {"entities", again.drawing->NameTable().Count()}, {"equal", true}};
-    const ExitCode code = DrawPictures(console, *again.drawing, folder, report);
+    ExitCode code = DrawPictures(console, *again.drawing, folder, report);
+    if (code == ExitCode::Ok)
+        code = ShowEdits(console, *again.drawing, folder / "edited.zvd");
     if (code == ExitCode::Ok)
         console.Json(report);
     return code;

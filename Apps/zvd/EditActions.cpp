@@ -165,9 +165,19 @@ bool EditSession::Attribute(const EditLine& line, EditOutcome& outcome) {
     if (line.settings.empty())
         return Refuse(outcome, "nothing to set: write: attribute WHAT FIELD=VALUE");
     auto verb = std::make_unique<ZvVPropertyChange>(what);
-    for (const auto& [field, value] : line.settings)
-        verb->SetAttribute(XStringW::FromUtf8(field), XStringW::FromUtf8(value));
-    return Do(std::move(verb), outcome);
+    for (const auto& [field, value] : line.settings) {
+        const XStringW name = XStringW::FromUtf8(field);
+        for (ZvLayer* layer : what.GetLayersUsed())
+            if (layer->Attributes().FindField(name) < 0)
+                layer->Attributes().AddField({name, ZvAttributeTable::Type::String});
+        verb->SetAttribute(name, XStringW::FromUtf8(value));
+    }
+    const ZvVPropertyChange& done = *verb;
+    if (!Do(std::move(verb), outcome))
+        return false;
+    if (m_drawing.Verbs()->StackSize() > 0 && !done.Refusals().empty())
+        outcome.text += "; not taken: " + *done.Refusals().begin();
+    return true;
 }
 
 bool EditSession::Order(const EditLine& line, EditOutcome& outcome) {

@@ -1,0 +1,127 @@
+#include "Apps/zvd/EditLine.h"
+#include "ScratchFolder.h"
+#include "ZvCore/Platform/Platform.h"
+#include "ZvdRun.h"
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace fs = std::filesystem;
+
+TEST(EditLine, SplitsWordsSettingsAndQuotes) {
+    EditLine line;
+    std::string why;
+    ASSERT_TRUE(
+        EditLine::Parse(R"(  layer rename "My \"old\" plots" new=1 a="x y=z"	#not a remark )", line, why))
+        << why;
+    EXPECT_EQ(line.command, "layer");
+    EXPECT_EQ(line.words, (std::vector<std::string>{"rename", "My \"old\" plots", "#not", "a", "remark"}));
+    EXPECT_EQ(line.settings["a"], "x y=z");
+    ASSERT_TRUE(EditLine::Parse("# nothing", line, why));
+    EXPECT_TRUE(line.command.empty());
+    EXPECT_FALSE(EditLine::Parse("layer new \"open", line, why));
+    EXPECT_NE(why.find("column 11"), std::string::npos) << why;
+    EXPECT_FALSE(EditLine::Parse("add a=1 a=2", line, why));
+    for (const char* bad : {"", "1", "1,", ",1", "1,2,3,4", "1,x", "nan,1", "1,inf", "1 ,2"})
+        EXPECT_FALSE(EditLine::Point(bad)) << bad;
+    EXPECT_EQ(EditLine::Point("-1.5,2e3,7")->z, 7);
+}
+
+class ZvdEdit : public ::testing::Test {
+protected:
+    ZvdRun Edit(const std::string& script, const std::string& options = "--new") {
+        WriteFile(m_folder / "script.txt", script);
+        return RunZvd(m_folder.Path(), "edit " + options + " " + Quote(m_folder / "plan.zvd") + " " +
+                                           Quote(m_folder / "script.txt"));
+    }
+    nlohmann::json Info() {
+        return nlohmann::json::parse(
+            RunZvd(m_folder.Path(), "info --json " + Quote(m_folder / "plan.zvd")).out, nullptr, false);
+    }
+    ScratchFolder m_folder;
+};
+
+TEST_F(ZvdEdit, EditsUndoesRedoesAndSaves) {
+    const ZvdRun run = Edit(R"(layer new Plots
+add polygon 0,0 40,0 40,30 0,30 / 10,10 20,10 20,18 10,18 layer=Plots fill=#FFEECC
+add polyline 0,0 5,5 9,1 close color=Red width=Points:1.5
+add point 1,2 3,4
+move last 100,0
+count box:90,0,200,10
+undo
+count box:90,0,200,10
+redo
+section begin
+erase layer:Plots
+section end rollback
+count layer:Plots
+grip 1 0 -5,-5
+rotate 1 90 about=20,15
+undo 2
+attribute 1 "owner name"="Anna Lee"
+tolayer 3-4 Plots
+order 1 front
+select all
+layer rename Plots "My plots"
+layer delete "My plots"
+undo
+count all
+save
+)");
+    ASSERT_EQ(run.code, 0) << run.out << run.err;
+    EXPECT_NE(run.out.find("\n6: 2\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n8: 0\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n13: 1\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n24: 4\n"), std::string::npos) << run.out;
+    EXPECT_EQ(Info()["entities"], 4);
+    const std::string entity =
+        RunZvd(m_folder.Path(), "info --json --entity 1 " + Quote(m_folder / "plan.zvd")).out;
+    EXPECT_NE(entity.find("Anna Lee"), std::string::npos) << entity;
+    EXPECT_NE(entity.find("My plots"), std::string::npos) << entity;
+}
+
+TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {
+    struct Case {
+        const char* line;
+        const char* says;
+    };
+    const Case cases[] = {
+        {"paint it black", "there is no 'paint'"},
+        {"add circle 0,0", "cannot be added"},
+        {"add polygon 0,0 1,1", "three points"},
+        {"add polyline 0,0 1;1", "is no point"},
+        {"add point 1,1 layer=Roof", "layer new"},
+        {"erase 99", "means no entity"},
+        {"erase everything", "is none of"},
+        {"move all", "write: move"},
+        {"scale 1 0", "not 0"},
+        {"grip 1 77 0,0", "grip 77"},
+        {"property 1 size=3", "is no property"},
+        {"layer delete 0", "cannot do without"},
+        {"layer new 0", "already"},
+        {"undo 9", "after 1 steps there is nothing to undo"},
+        {"redo", "nothing to redo"},
+        {"section end", "no section is open"},
+        {"save nowhere/at/all.zvd", "cannot save"},
+    };
+    for (const Case& c : cases) {
+        const ZvdRun run = Edit(std::string("add point 1,1\n") + c.line + "\nsave\n");
+        EXPECT_EQ(run.code, 1) << c.line << run.out;
+        EXPECT_NE(run.err.find("line 2: "), std::string::npos) << c.line << ": " << run.err;
+        EXPECT_NE(run.err.find(c.says), std::string::npos) << c.line << ": " << run.err;
+        EXPECT_FALSE(fs::exists(m_folder / "plan.zvd")) << c.line;
+    }
+    EXPECT_EQ(Edit("bogus\nadd point 1,1\nsave\n", "--new --keep-going").code, 1);
+    EXPECT_EQ(Info()["entities"], 1);
+}
+
+TEST_F(ZvdEdit, TellsEachLineAsJson) {
+    const ZvdRun run = Edit("add point 1,1 2,2\n# remark\ncount all\nbogus\n", "--new --json");
+    std::vector<nlohmann::json> lines;
+    for (size_t at = 0, end = 0; (end = run.out.find('\n', at)) != std::string::npos; at = end + 1)
+        lines.push_back(nlohmann::json::parse(run.out.substr(at, end - at), nullptr, false));
+    ASSERT_EQ(lines.size(), 3u) << run.out;
+    EXPECT_EQ(lines[0]["names"], (std::vector<int>{1, 2}));
+    EXPECT_EQ(lines[1]["line"], 3);
+    EXPECT_EQ(lines[1]["text"], "2");
+    EXPECT_EQ(lines[2]["done"], false);
+}
