@@ -49,7 +49,9 @@ ExitCode RunLines(const Console& console, std::istream& script, const EditArgume
         Tell(console, number, line, outcome);
         if (outcome.done)
             continue;
-        code = console.Fail(ExitCode::Findings, "line " + std::to_string(number) + ": " + outcome.text);
+        code = ExitCode::Findings;
+        if (!console.json)
+            console.Fail(code, "line " + std::to_string(number) + ": " + outcome.text);
         if (!arguments.keepGoing)
             break;
     }

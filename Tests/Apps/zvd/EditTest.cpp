@@ -96,7 +96,7 @@ TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {
         {"scale 1 0", "not 0"},
         {"grip 1 77 0,0", "grip 77"},
         {"property 1 size=3", "is no property"},
-        {"layer delete 0", "cannot do without"},
+        {"layer delete __Paper__", "cannot do without"},
         {"layer new 0", "already"},
         {"undo 9", "after 1 steps there is nothing to undo"},
         {"redo", "nothing to redo"},
