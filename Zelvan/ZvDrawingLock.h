@@ -8,7 +8,7 @@
 /// began, and the machine: a lock whose process is gone is stale and taken over. Locks of other machines are never stale.
 class ZV_API ZvDrawingLock {
 public:
-    struct Holder {
+    struct ZV_API Holder {
         uint64_t process = 0;
         std::string birth; ///< see ZvPlatform::ProcessBirth
         std::string host;

@@ -19,7 +19,7 @@ public:
         Backup,     ///< the content before the last save
         Periodic    ///< a periodic backup
     };
-    struct Candidate {
+    struct ZV_API Candidate {
         Kind kind = Kind::Backup;
         Path file;
         DateTime modified;
@@ -27,7 +27,7 @@ public:
         bool IsWhole() const { return why.empty(); }
         std::string Describe() const;
     };
-    struct Finding {
+    struct ZV_API Finding {
         Path drawing;
         bool exists = false;
         std::string why; ///< what is wrong with the drawing's own file; empty when it is whole
