@@ -22,6 +22,7 @@ Examples:
   zvd check *.zvd                         are these files sound?
   zvd check --repair bad.zvd good.zvd     save what can be read of a damaged one
   zvd convert coast.zvd coast.fgb         and back
+  zvd edit plan.zvd script.txt            edits by the lines of a script, with undo and redo
   zvd recover plans/                      after a power cut: whole drawings again
 
 Exit codes: 0 fine, 1 check found faults (or repaired some), 2 wrong usage, 3 input missing or of no known kind,
