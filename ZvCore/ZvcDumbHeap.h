@@ -6,7 +6,7 @@
 #include <vector>
 
 /// Arena from which loaded entities take their variable-size blocks. Allocation bumps a pointer in blocks of
-/// 1 MiB, from 8 MiB on of large pages (a request above a quarter of that gets memory of its own when it does not fit); nothing is freed
+/// 1 MiB, from 16 MiB on of large pages (a request above a quarter of that gets memory of its own when it does not fit); nothing is freed
 /// singly, everything with the heap. Results are aligned to 4 bytes: users read doubles through memcpy.
 class ZV_API ZvcDumbHeap {
 public:
@@ -25,8 +25,8 @@ private:
     uint8_t* AddBlock(size_t bytes);
     uint8_t* AddLargeBlock();
     static constexpr size_t kBlock = size_t(1) << 20;
-    static constexpr size_t kLargeBlock = size_t(4) << 20;
-    static constexpr size_t kLargeFrom = size_t(8) << 20;
+    static constexpr size_t kLargeBlock = size_t(2) << 20;
+    static constexpr size_t kLargeFrom = size_t(16) << 20;
     struct ZV_API Unmap {
         void operator()(uint8_t* block) const noexcept;
     };
