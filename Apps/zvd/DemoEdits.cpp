@@ -1,4 +1,5 @@
 #include "Apps/zvd/DemoEdits.h"
+#include "Apps/zvd/CompareDrawings.h"
 #include "Apps/zvd/ConsoleHost.h"
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Verbs/ZvVTransform.h"
@@ -23,10 +24,13 @@ std::vector<uint8_t> Bytes(ZvDrawing& drawing) {
     return Zv::Ok(native.WriteFile(&drawing, &file)) ? file.Take() : std::vector<uint8_t>();
 }
 
-bool HoldsTheSame(const fs::path& file, ZvDrawing& drawing) {
+/// Empty when the file holds the drawing, else the difference.
+std::string DifferenceOf(const fs::path& file, const ZvDrawing& drawing) {
     ZvDrawing other;
-    return Zv::Ok(other.DrawingIO()->LoadNative(file, ZvIOFlag::Quiet)) &&
-           other.NameTable().Count() == drawing.NameTable().Count();
+    std::string why;
+    if (!Zv::Ok(other.DrawingIO()->LoadNative(file, ZvIOFlag::Quiet)))
+        return "it cannot be loaded";
+    return AreDrawingsEqual(drawing, other, why) ? "" : why;
 }
 
 /// Moves everything and takes it back. Empty when undo and redo were exact.
@@ -52,7 +56,8 @@ std::string SaveOver(ZvDrawing& drawing, const fs::path& file) {
             return "cannot save: " + errors.ToString();
     fs::path backup = file;
     backup += ".bak";
-    return HoldsTheSame(backup, drawing) ? "" : "there is no backup of the old file";
+    const std::string difference = DifferenceOf(backup, drawing);
+    return difference.empty() ? "" : "the backup is not the old file: " + difference;
 }
 
 /// Cuts the file as a power cut could and has it recovered.
@@ -67,7 +72,8 @@ std::string CutAndRecover(ZvDrawing& drawing, const fs::path& file) {
         return "the damage was not found";
     if (const std::string why = recovery.Restore(finding, *finding.Best()); !why.empty())
         return why;
-    return HoldsTheSame(file, drawing) ? "" : "what was recovered is not the drawing";
+    const std::string difference = DifferenceOf(file, drawing);
+    return difference.empty() ? "" : "what was recovered is not the drawing: " + difference;
 }
 
 } // namespace
