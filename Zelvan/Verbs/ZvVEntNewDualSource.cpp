@@ -2,8 +2,8 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include <algorithm>
 
-bool ZvVEntNewDualSource::AddDualSourceTriple(const ZvEntity* entity, const ZvEntity* first,
-                                              const ZvEntity* second) {
+bool ZvVEntNewDualSource::AddDualSourceTripple(const ZvEntity* entity, const ZvEntity* first,
+                                               const ZvEntity* second) {
     if (!first || !second || !Add(entity))
         return false;
     m_triples.push_back({entity->Name32(), first->Name32(), second->Name32()});

@@ -12,7 +12,7 @@ public:
     using ZvVEntNew::ZvVEntNew;
 
     /// All three are in the drawing. False when the entity was added before or one is null.
-    bool AddDualSourceTriple(const ZvEntity* entity, const ZvEntity* first, const ZvEntity* second);
+    bool AddDualSourceTripple(const ZvEntity* entity, const ZvEntity* first, const ZvEntity* second);
     const std::vector<Triple>& Triples() const { return m_triples; }
 
     Kind GetKind() const override { return Kind::NewDualSource; }

@@ -184,8 +184,8 @@ TEST_F(EntityVerbsTest, AttributesAndPartnersFollowToTheHeir) {
 
     ZvEntity* meeting = AddLine("1,1 2,2", u"Roads");
     auto* dual = new ZvVEntNewDualSource;
-    EXPECT_TRUE(dual->AddDualSourceTriple(meeting, river, road));
-    EXPECT_FALSE(dual->AddDualSourceTriple(meeting, river, road));
+    EXPECT_TRUE(dual->AddDualSourceTripple(meeting, river, road));
+    EXPECT_FALSE(dual->AddDualSourceTripple(meeting, river, road));
     drawing.DoVerb(dual);
     EXPECT_EQ(meeting->GetLayer()->Attributes().Get(meeting->Name(), u"label"),
               ZvAttributeTable::Value(int64_t(7)));
