@@ -132,6 +132,15 @@ bool EditSession::ToLayer(const EditLine& line, EditOutcome& outcome) {
            Do(std::make_unique<ZvVMoveToLayer>(*layer, what), outcome);
 }
 
+bool EditSession::DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome& outcome) {
+    const ZvVPropertyChange& done = *verb;
+    if (!Do(std::move(verb), outcome))
+        return false;
+    if (m_drawing.Verbs()->StackSize() > 0 && !done.Refusals().empty())
+        outcome.text += "; not taken: " + *done.Refusals().begin();
+    return true;
+}
+
 bool EditSession::Property(const EditLine& line, EditOutcome& outcome) {
     ZvSelection what;
     if (!ResolveSome(line.words[0], what, outcome))
@@ -150,12 +159,7 @@ bool EditSession::Property(const EditLine& line, EditOutcome& outcome) {
     }
     if (line.settings.empty())
         return Refuse(outcome, "nothing to set: write for example: property " + line.words[0] + " color=Red");
-    const ZvVPropertyChange& done = *verb;
-    if (!Do(std::move(verb), outcome))
-        return false;
-    if (m_drawing.Verbs()->StackSize() > 0 && !done.Refusals().empty())
-        outcome.text += "; not taken: " + *done.Refusals().begin();
-    return true;
+    return DoChange(std::move(verb), outcome);
 }
 
 bool EditSession::Attribute(const EditLine& line, EditOutcome& outcome) {
@@ -172,12 +176,7 @@ bool EditSession::Attribute(const EditLine& line, EditOutcome& outcome) {
                 layer->Attributes().AddField({name, ZvAttributeTable::Type::String});
         verb->SetAttribute(name, XStringW::FromUtf8(value));
     }
-    const ZvVPropertyChange& done = *verb;
-    if (!Do(std::move(verb), outcome))
-        return false;
-    if (m_drawing.Verbs()->StackSize() > 0 && !done.Refusals().empty())
-        outcome.text += "; not taken: " + *done.Refusals().begin();
-    return true;
+    return DoChange(std::move(verb), outcome);
 }
 
 bool EditSession::Order(const EditLine& line, EditOutcome& outcome) {

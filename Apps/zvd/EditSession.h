@@ -9,6 +9,7 @@
 
 class ZvDrawing;
 class ZvLayer;
+class ZvVPropertyChange;
 class ZvVerb;
 
 /// What one line of an edit script did.
@@ -60,6 +61,8 @@ private:
     bool Count(const EditLine& line, EditOutcome& outcome);
 
     bool Do(std::unique_ptr<ZvVerb> verb, EditOutcome& outcome);
+    /// Says what of the change was not taken, too.
+    bool DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome& outcome);
     bool Transform(const std::string& what, const Mat4d& xform, EditOutcome& outcome);
     bool EditLayer(ZvLayer& layer, const EditLine& line, EditOutcome& outcome);
     /// The entities that a word means: "all", "selected", "last", "layer:NAME", "box:x0,y0,x1,y1", or names "17,20-25".
