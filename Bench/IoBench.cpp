@@ -1,31 +1,15 @@
 #include "GdalPeer.h"
 #include "Maps.h"
+#include "PlainSave.h"
 #include "Report.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeFile.h"
 #include "ZvCore/DiskFile.h"
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-[[noreturn]] void Die(const std::string& why) {
-    std::fprintf(stderr, "benchmark failed: %s\n", why.c_str());
-    std::exit(1);
-}
-
-void Save(ZvDrawing& drawing, const fs::path& path, int level) {
-    std::string why;
-    const auto file = ZvCore::DiskFile::Open(path, ZvCore::DiskFile::Mode::Create, why);
-    ZvNativeOptions options;
-    options.compressionLevel = level;
-    ZvNativeFile native(options);
-    if (!file || !Zv::Ok(native.WriteFile(&drawing, file.get())) || !file->Flush())
-        Die("cannot save " + path.string() + " " + why);
-}
 
 void Load(ZvDrawing& drawing, const fs::path& path, bool verify) {
     std::string why;
@@ -43,7 +27,7 @@ void BenchMapIo(Report& report, BenchMap& map) {
         map.native[level] = BenchMaps::Get().Folder() / (name + std::to_string(level) + ".zvd");
         report.Time(
             name + ": save, level " + std::to_string(level),
-            [&] { Save(*map.drawing, map.native[level], level); }, level == 9 ? 1 : 3);
+            [&] { SavePlain(*map.drawing, map.native[level], level); }, level == 9 ? 1 : 3);
         if (!fs::exists(map.native[level]))
             continue;
         report.Set(name + " size " + std::to_string(level), double(fs::file_size(map.native[level])));

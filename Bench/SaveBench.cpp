@@ -1,31 +1,12 @@
 #include "Maps.h"
+#include "PlainSave.h"
 #include "Report.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvDrawingIO.h"
-#include "Zelvan/ZvNativeFile.h"
-#include "ZvCore/DiskFile.h"
-#include <cstdio>
-#include <cstdlib>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-[[noreturn]] void Die(const std::string& why) {
-    std::fprintf(stderr, "benchmark failed: %s\n", why.c_str());
-    std::exit(1);
-}
-
-/// Over the file itself, handed to the system and not waited for.
-void SavePlain(ZvDrawing& drawing, const fs::path& path, int level) {
-    std::string why;
-    const auto file = ZvCore::DiskFile::Open(path, ZvCore::DiskFile::Mode::Create, why);
-    ZvNativeOptions options;
-    options.compressionLevel = level;
-    ZvNativeFile native(options);
-    if (!file || !Zv::Ok(native.WriteFile(&drawing, file.get())) || !file->Flush())
-        Die("cannot save " + path.string() + " " + why);
-}
 
 void SaveSafely(ZvDrawing& drawing, const fs::path& path, int level, uint32_t flags) {
     IOErrorSet errors;
