@@ -123,18 +123,12 @@ void ZvGdiSurface::Polygon(const ZvSurfaceRing* rings, size_t count, bool outlin
     m_points.clear();
     m_counts.clear();
     for (size_t r = 0; r < count; ++r) {
-        const Vec2f* points = rings[r].points;
-        size_t corners = rings[r].count;
-        if (ZvSurfaceCut::IsNeeded(Reach(), points, corners)) {
-            m_cut.clear();
-            corners = ZvSurfaceCut::Ring(Reach(), points, corners, m_cut);
-            points = m_cut.data();
-        }
-        if (corners < 2)
+        const auto corners = ZvSurfaceCut::RingWithin(Reach(), rings[r].points, rings[r].count, m_cut);
+        if (corners.size() < 2)
             continue;
-        m_counts.push_back(INT(corners));
-        for (size_t i = 0; i < corners; ++i)
-            m_points.push_back(ToPoint(points[i]));
+        m_counts.push_back(INT(corners.size()));
+        for (const Vec2f& corner : corners)
+            m_points.push_back(ToPoint(corner));
     }
     if (m_counts.empty())
         return;

@@ -95,16 +95,10 @@ void ZvQtSurface::Polygon(const ZvSurfaceRing* rings, size_t count, bool outline
     QPainterPath path;
     path.setFillRule(Qt::OddEvenFill);
     for (size_t r = 0; r < count; ++r) {
-        const Vec2f* points = rings[r].points;
-        size_t corners = rings[r].count;
-        if (ZvSurfaceCut::IsNeeded(Reach(), points, corners)) {
-            m_cut.clear();
-            corners = ZvSurfaceCut::Ring(Reach(), points, corners, m_cut);
-            points = m_cut.data();
-        }
-        for (size_t i = 0; i < corners; ++i)
-            i ? path.lineTo(ToQt(points[i])) : path.moveTo(ToQt(points[i]));
-        if (corners)
+        const auto corners = ZvSurfaceCut::RingWithin(Reach(), rings[r].points, rings[r].count, m_cut);
+        for (size_t i = 0; i < corners.size(); ++i)
+            i ? path.lineTo(ToQt(corners[i])) : path.moveTo(ToQt(corners[i]));
+        if (!corners.empty())
             path.closeSubpath();
     }
     if (m_fill.kind == ZvFill::Kind::Hatch || m_fill.kind == ZvFill::Kind::CrossHatch)

@@ -73,3 +73,12 @@ size_t ZvSurfaceCut::Ring(const Box& box, const Vec2f* points, size_t count, std
     out.insert(out.end(), ring.begin(), ring.end());
     return ring.size();
 }
+
+std::span<const Vec2f> ZvSurfaceCut::RingWithin(const Box& box, const Vec2f* points, size_t count,
+                                                std::vector<Vec2f>& scratch) {
+    if (!IsNeeded(box, points, count))
+        return {points, count};
+    scratch.clear();
+    Ring(box, points, count, scratch);
+    return scratch;
+}

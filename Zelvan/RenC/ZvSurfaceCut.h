@@ -3,6 +3,7 @@
 #include "ZvCore/Vec.h"
 #include <cmath>
 #include <cstddef>
+#include <span>
 #include <vector>
 
 /// Cuts what is drawn to a box around the surface. Deep in a view lines reach millions of pixels out, where single precision, the
@@ -35,6 +36,9 @@ public:
                      std::vector<Vec2f>& scratch, Emit&& emit);
     /// The ring's part in the box, appended to `out`; along the box's sides where the ring left it. Answers the number of points.
     static size_t Ring(const Box& box, const Vec2f* points, size_t count, std::vector<Vec2f>& out);
+    /// The ring itself where all of it is in the box, else its part in `scratch`.
+    static std::span<const Vec2f> RingWithin(const Box& box, const Vec2f* points, size_t count,
+                                             std::vector<Vec2f>& scratch);
 };
 
 template <class Emit>
