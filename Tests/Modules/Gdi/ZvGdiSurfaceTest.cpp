@@ -1,14 +1,13 @@
 #include "Modules/Gdi/ZvGdiSurface.h"
+#include "SurfaceShapes.h"
 #include "Zelvan/RenC/ZvRasterSurface.h"
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace {
 
-constexpr int kSide = 120;
-using Scene = std::function<void(IZvSurface&)>;
+using namespace SurfaceShapes;
 
 /// A white picture in memory that GDI paints on.
 class DibSection {
@@ -47,17 +46,6 @@ int Ink(const Picture& picture, int left = 0, int top = 0, int size = kSide) {
     return ink;
 }
 
-void Polyline(IZvSurface& surface, const std::vector<Vec2f>& points, bool closed = false) {
-    surface.Polyline(points.data(), points.size(), closed);
-}
-
-void Polygon(IZvSurface& surface, const std::vector<std::vector<Vec2f>>& rings, bool outline = false) {
-    std::vector<ZvSurfaceRing> list;
-    for (const auto& ring : rings)
-        list.push_back({ring.data(), ring.size()});
-    surface.Polygon(list.data(), list.size(), outline);
-}
-
 ZvPen Pen(float width, std::vector<float> dashes = {}) {
     ZvPen pen;
     pen.widthPx = width;
@@ -70,10 +58,6 @@ ZvFill Solid() {
     fill.kind = ZvFill::Kind::Solid;
     return fill;
 }
-
-const std::vector<Vec2f> kStar{{10, 60},  {60, 50}, {70, 10},  {80, 55},
-                               {110, 70}, {75, 80}, {60, 110}, {50, 75}};
-const std::vector<Vec2f> kHole{{55, 60}, {70, 60}, {65, 72}};
 
 TEST(ZvGdiSurface, PaintsWhatTheRasterSurfacePaints) {
     const float distant = 3e8f, inf = std::numeric_limits<float>::infinity();

@@ -1,14 +1,13 @@
 #include "Modules/Qt/ZvQtDocument.h"
+#include "SurfaceShapes.h"
 #include "Zelvan/RenC/ZvRasterSurface.h"
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace {
 
-constexpr int kSide = 120;
-using Scene = std::function<void(IZvSurface&)>;
+using namespace SurfaceShapes;
 
 ZvPixelBuffer ByQt(const Scene& scene) {
     ZvPixelBuffer picture(kSide, kSide);
@@ -34,17 +33,6 @@ double Ink(const ZvPixelBuffer& picture, int left = 0, int top = 0, int right = 
     return ink;
 }
 
-void Polyline(IZvSurface& surface, const std::vector<Vec2f>& points, bool closed = false) {
-    surface.Polyline(points.data(), points.size(), closed);
-}
-
-void Polygon(IZvSurface& surface, const std::vector<std::vector<Vec2f>>& rings, bool outline = false) {
-    std::vector<ZvSurfaceRing> list;
-    for (const auto& ring : rings)
-        list.push_back({ring.data(), ring.size()});
-    surface.Polygon(list.data(), list.size(), outline);
-}
-
 ZvPen Pen(float width, ZvPen::Cap cap = ZvPen::Cap::Flat, std::vector<float> dashes = {}) {
     ZvPen pen;
     pen.widthPx = width;
@@ -59,10 +47,6 @@ ZvFill Fill(ZvFill::Kind kind) {
     fill.hatchOrigin = {3, 2};
     return fill;
 }
-
-const std::vector<Vec2f> kStar{{10, 60},  {60, 50}, {70, 10},  {80, 55},
-                               {110, 70}, {75, 80}, {60, 110}, {50, 75}};
-const std::vector<Vec2f> kHole{{55, 60}, {70, 60}, {65, 72}};
 
 TEST(ZvQtSurface, PaintsWhatTheRasterSurfacePaints) {
     const float far = 3e6f, inf = std::numeric_limits<float>::infinity();
