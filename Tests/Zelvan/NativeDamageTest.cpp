@@ -1,6 +1,6 @@
+#include "AnsweringHost.h"
 #include "Tests/Support/NativeFiles.h"
 #include "Zelvan/Entities/ZvXLine.h"
-#include "Zelvan/Ports/ZvSilentHost.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeCheck.h"
@@ -51,20 +51,6 @@ XStringW Reason(const Bytes& bytes) {
     EXPECT_EQ(file->Position(), position);
     return reason;
 }
-
-class Answerer final : public ZvSilentHost {
-public:
-    explicit Answerer(ZvAnswer answer) : m_answer(answer) {}
-    ZvAnswer Ask(const ZvQuestion& question) override {
-        texts.push_back(question.title.ToUtf8() + "|" + question.text.ToUtf8());
-        EXPECT_EQ(question.buttons, ZvQuestion::Buttons::YesNo);
-        return m_answer;
-    }
-    std::vector<std::string> texts;
-
-private:
-    ZvAnswer m_answer;
-};
 
 /// Position of the record of the n-th polyline-like object in a stored file: the head with client 1, type 35.
 size_t RecordAt(const Bytes& bytes, uint32_t name) {
@@ -167,7 +153,7 @@ TEST(NativeDamage, HeadersThatCannotBeTrueRefuseTheLoadAndLeaveTheDrawingAlone) 
 TEST(NativeDamage, AnInteractiveLoadAsksBeforeItGoesOnWithACorruptFile) {
     Bytes bytes = SampleBytes();
     bytes[96] ^= 1; // the date stamp: everything else is sound
-    Answerer no(ZvAnswer::No), yes(ZvAnswer::Yes);
+    AnsweringHost no(ZvAnswer::No), yes(ZvAnswer::Yes);
     ZvNativeOptions options;
     options.host = &no;
     EXPECT_FALSE(Load(bytes, options).Ok());
@@ -326,7 +312,7 @@ TEST(NativeDamage, ALargeFileThatTurnsOutCorruptIsRefusedAndLeavesTheDrawingAsIt
             continue;
         EXPECT_EQ(drawing.NameTable().Count(), 0);
         EXPECT_EQ(drawing.Settings().GetDouble("WheelZoomFactor", 0), 7.0);
-        Answerer yes(ZvAnswer::Yes);
+        AnsweringHost yes(ZvAnswer::Yes);
         ZvNativeOptions options;
         options.host = &yes;
         options.blockDigests = false;

@@ -1,6 +1,6 @@
+#include "AnsweringHost.h"
 #include "Tests/Support/NativeFiles.h"
 #include "Zelvan/Entities/ZvXLine.h"
-#include "Zelvan/Ports/ZvSilentHost.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeCheck.h"
 #include "Zelvan/ZvNativeHeader.h"
@@ -120,21 +120,11 @@ std::unique_ptr<ZvDrawing> Plain() {
     return drawing;
 }
 
-struct Asked final : ZvSilentHost {
-    explicit Asked(ZvAnswer given) : answer(given) {}
-    ZvAnswer Ask(const ZvQuestion& question) override {
-        texts.push_back(question.title.ToUtf8() + "|" + question.text.ToUtf8());
-        return answer;
-    }
-    ZvAnswer answer;
-    std::vector<std::string> texts;
-};
-
 } // namespace
 
 TEST(NativeVersions, ANewerFileOpensAfterTheQuestionWhenItsMinimumReaderAllowsIt) {
     const Bytes bytes = WithVersion(1080, 1070);
-    Asked yes(ZvAnswer::Yes), no(ZvAnswer::No);
+    AnsweringHost yes(ZvAnswer::Yes), no(ZvAnswer::No);
     ZvNativeOptions options;
     options.host = &no;
     EXPECT_FALSE(Load(bytes, options).Ok());
