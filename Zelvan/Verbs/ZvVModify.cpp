@@ -10,14 +10,21 @@ void ZvVModify::NotePair(ZvName old, ZvName fresh) {
     AddMetaPair(old, fresh);
 }
 
-bool ZvVModify::Add1To1(const ZvEntity* old, const ZvEntity* fresh) {
-    if (!old || !fresh || m_new.Entities().Contains(fresh) || !m_erase.Add(old))
-        return false;
+bool ZvVModify::MayPair(const ZvEntity* old, const ZvEntity* fresh) const {
+    return old && fresh && !m_new.Entities().Contains(fresh);
+}
+
+/// `old` is among what is erased. True.
+bool ZvVModify::AddPair(const ZvEntity& old, const ZvEntity& fresh) {
     if (!Drawing())
-        SetParent(old->ParentDrawing());
-    m_new.Add(fresh);
-    NotePair(old->Name(), fresh->Name());
+        SetParent(old.ParentDrawing());
+    m_new.Add(&fresh);
+    NotePair(old.Name(), fresh.Name());
     return true;
+}
+
+bool ZvVModify::Add1To1(const ZvEntity* old, const ZvEntity* fresh) {
+    return MayPair(old, fresh) && m_erase.Add(old) && AddPair(*old, *fresh);
 }
 
 bool ZvVModify::Add1To1(const ZvEntity* old, std::unique_ptr<ZvEntity> fresh) {
@@ -31,13 +38,7 @@ bool ZvVModify::Add1To1(const ZvEntity* old, std::unique_ptr<ZvEntity> fresh) {
 }
 
 bool ZvVModify::Add1To1Manual(const ZvEntity* old, const ZvEntity* fresh) {
-    if (!old || !fresh || m_new.Entities().Contains(fresh) || !m_erase.AddErased(old))
-        return false;
-    if (!Drawing())
-        SetParent(old->ParentDrawing());
-    m_new.Add(fresh);
-    NotePair(old->Name(), fresh->Name());
-    return true;
+    return MayPair(old, fresh) && m_erase.AddErased(old) && AddPair(*old, *fresh);
 }
 
 XStringW ZvVModify::DefaultName() const {

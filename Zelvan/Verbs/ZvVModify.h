@@ -33,6 +33,8 @@ public:
     void RestoreSelection() override;
 
 private:
+    bool MayPair(const ZvEntity* old, const ZvEntity* fresh) const;
+    bool AddPair(const ZvEntity& old, const ZvEntity& fresh);
     void NotePair(ZvName old, ZvName fresh);
 
     ZvVErase m_erase;
