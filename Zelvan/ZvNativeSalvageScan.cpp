@@ -78,7 +78,7 @@ std::optional<ZvNativeSalvageScan::Block> ZvNativeSalvageScan::OpenBlock(uint64_
 bool ZvNativeSalvageScan::ReadHeader(ZvSalvaged::File& found) {
     ZvNativeHeader& header = found.header;
     uint8_t bytes[ZvNativeHeader::kSize] = {};
-    std::memcpy(bytes, m_bytes, size_t(std::min<uint64_t>(m_size, sizeof bytes)));
+    std::copy_n(m_bytes, size_t(std::min<uint64_t>(m_size, sizeof bytes)), bytes);
     header.Parse(bytes);
     const bool good =
         m_size >= sizeof bytes && header.HasMagic() && header.size >= ZvNativeHeader::kSize &&
