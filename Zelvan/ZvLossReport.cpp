@@ -1,18 +1,16 @@
 #include "Zelvan/ZvLossReport.h"
 
-namespace {
-const char* FateName(ZvLossReport::Fate fate) {
+const char* ZvLossReport::FateName(Fate fate) {
     switch (fate) {
-    case ZvLossReport::Fate::Kept:
+    case Fate::Kept:
         return "kept";
-    case ZvLossReport::Fate::Approximated:
+    case Fate::Approximated:
         return "approximated";
-    case ZvLossReport::Fate::Dropped:
+    case Fate::Dropped:
         break;
     }
     return "dropped";
 }
-} // namespace
 
 void ZvLossReport::Add(Fate fate, std::string reason, int64_t count) {
     if (count > 0)

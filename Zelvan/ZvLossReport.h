@@ -10,6 +10,8 @@
 class ZV_API ZvLossReport {
 public:
     enum class Fate { Kept, Approximated, Dropped };
+    /// "kept", "approximated", "dropped".
+    static const char* FateName(Fate fate);
     /// `reason` is one plain sentence part ("arcs written as 72 straight segments"); equal reasons are
     /// counted.
     void Add(Fate fate, std::string reason, int64_t count = 1);

@@ -21,10 +21,7 @@ void Print(const Console& console, const char* title, const ZvLossReport& losses
          {ZvLossReport::Fate::Kept, ZvLossReport::Fate::Approximated, ZvLossReport::Fate::Dropped})
         for (const auto& [what, count] : losses.Items())
             if (what.first == fate)
-                console.Line(std::string(title) +
-                             (fate == ZvLossReport::Fate::Kept           ? " kept "
-                              : fate == ZvLossReport::Fate::Approximated ? " approximated "
-                                                                         : " dropped ") +
+                console.Line(std::string(title) + " " + ZvLossReport::FateName(fate) + " " +
                              Console::Grouped(uint64_t(count)) + ": " + what.second);
 }
 

@@ -15,17 +15,6 @@ std::string Quoted(const fs::path& path) {
     return "'" + ZvPlatform::PathToUtf8(path) + "'";
 }
 
-const char* FateName(ZvLossReport::Fate fate) {
-    switch (fate) {
-    case ZvLossReport::Fate::Kept:
-        return "kept";
-    case ZvLossReport::Fate::Approximated:
-        return "approximated";
-    default:
-        return "dropped";
-    }
-}
-
 constexpr const char* kCheckHint = "; 'zvd check' tells what is damaged";
 
 bool IsNative(const ZvFileFormat& format) {
@@ -136,7 +125,8 @@ ExitCode SaveDrawing(const Console& console, ZvDrawing& drawing, const fs::path&
 nlohmann::ordered_json ToJson(const ZvLossReport& losses) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const auto& [what, count] : losses.Items())
-        list.push_back({{"fate", FateName(what.first)}, {"what", what.second}, {"count", count}});
+        list.push_back(
+            {{"fate", ZvLossReport::FateName(what.first)}, {"what", what.second}, {"count", count}});
     return list;
 }
 

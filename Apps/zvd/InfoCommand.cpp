@@ -119,11 +119,17 @@ Json EntityJson(const ZvEntity& entity) {
     Json properties;
     for (const ZvProperty& property : gatherer.Items())
         properties[property.id] = ValueText(property.value);
+    ZvQueryResults told;
+    entity.Query(told);
+    Json details;
+    for (const auto& [label, text] : told.lines)
+        details[label.ToUtf8()] = text.ToUtf8();
     Json json{{"name", entity.Name32()},
               {"kind", entity.VerbalName().ToUtf8()},
               {"layer", entity.GetLayerName().ToUtf8()},
               {"extents", BoundsJson(entity.Bounds3D())},
-              {"properties", properties}};
+              {"properties", properties},
+              {"details", details}};
     const ZvLayer* layer = entity.GetLayer();
     if (const ZvAttributeTable* table = layer ? layer->AttributesOrNull() : nullptr) {
         Json attributes = Json::object();

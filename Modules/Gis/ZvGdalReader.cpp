@@ -201,6 +201,11 @@ void ZvGdalReader::ReadFeature(OGRFeature& feature) {
         return;
     }
     ZvGdalStyle::Apply(feature, *entity);
+    XStringW reason;
+    if (!m_drawing.FinalizeNewEntity(*entity, false, &reason)) {
+        m_losses.Add(ZvLossReport::Fate::Dropped, "features: " + reason.ToUtf8());
+        return;
+    }
     Target& target = TargetFor(feature);
     const ZvName name = target.layer->Adopt(std::move(entity));
     StoreFields(feature, target, name);

@@ -276,5 +276,6 @@ TEST_F(Zvd, DemoProvesThatTheReloadedWorldEqualsTheFirst) {
         EXPECT_GT(fs::file_size(In(name)), 10000u) << name;
     const Json entity = Json::parse(Run("info --json --entity 1 " + Q("world.zvd")).out, nullptr, false);
     EXPECT_TRUE(entity[0]["attributes"].contains("name"));
+    EXPECT_GE(entity[0]["details"].size(), 4u);
 }
 #endif
