@@ -121,7 +121,7 @@ Json EntityJson(const ZvEntity& entity) {
         properties[property.id] = ValueText(property.value);
     ZvQueryResults told;
     entity.Query(told);
-    Json details;
+    Json details = Json::object();
     for (const auto& [label, text] : told.lines)
         details[label.ToUtf8()] = text.ToUtf8();
     Json json{{"name", entity.Name32()},
