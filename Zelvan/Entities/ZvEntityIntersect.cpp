@@ -1,5 +1,6 @@
 // Where two linear entities meet.
 #include "Zelvan/Entities/ZvEntity.h"
+#include "Zelvan/Tools/ZvLineCrossing.h"
 #include "Zelvan/Tools/ZvLinearParts.h"
 #include "Zelvan/Tools/ZvSegment2D.h"
 #include "Zelvan/Tools/ZvSegmentSweep.h"
@@ -7,14 +8,6 @@
 #include <cmath>
 
 namespace {
-
-/// Points closer than this share of the extent are one point.
-constexpr double kSamePoint = 1e-9;
-
-struct Crossing {
-    double along; ///< number of the segment plus the share of its length
-    Vec3d point;
-};
 
 std::vector<ZvLinearSegment> SegmentsOf(const ZvEntity& entity) {
     std::vector<ZvLinearSegment> segments;
@@ -36,7 +29,7 @@ ZvSegment2D Flat(const ZvLinearSegment& s) {
 }
 
 void AddProper(const ZvLinearSegment& a, size_t number, const ZvLinearSegment& b,
-               std::vector<Crossing>& found) {
+               std::vector<ZvLineCrossing>& found) {
     Vec2d at[2];
     const ZvSegment2D flat = Flat(a);
     for (int i = 0, count = flat.Intersect(Flat(b), at); i < count; ++i) {
@@ -47,29 +40,13 @@ void AddProper(const ZvLinearSegment& a, size_t number, const ZvLinearSegment& b
 
 /// Crossings of b with the line of `a` beyond its open ends. The height beyond an end is that of the end.
 void AddExtended(const ZvLinearSegment& a, size_t number, const ZvLinearSegment& b,
-                 std::vector<Crossing>& found) {
+                 std::vector<ZvLineCrossing>& found) {
     double s = 0, t = 0;
     if (!Flat(a).CrossLines(Flat(b), s, t) || t < 0 || t > 1)
         return;
     if ((s < 0 && a.first) || (s > 1 && a.last)) {
         const Vec2d at = Flat(b).At(t);
         found.push_back({double(number) + s, {at.x, at.y, s < 0 ? a.a.z : a.b.z}});
-    }
-}
-
-/// Appends in the order in which `a` runs through them, each place once.
-void Append(std::vector<Crossing>& found, double extent, std::vector<Vec3d>& points) {
-    std::sort(found.begin(), found.end(),
-              [](const Crossing& x, const Crossing& y) { return x.along < y.along; });
-    const double same = extent * kSamePoint;
-    const size_t start = points.size();
-    for (const Crossing& crossing : found) {
-        const auto near = [&](const Vec3d& p) {
-            return (p.XY() - crossing.point.XY()).LengthSq() <= same * same;
-        };
-        const bool repeated = points.size() > start && (near(points.back()) || near(points[start]));
-        if (!repeated)
-            points.push_back(crossing.point);
     }
 }
 
@@ -83,7 +60,7 @@ double ExtentOf(const std::vector<ZvBounds2D>& boxes) {
 void Intersect(const ZvEntity& a, const ZvEntity& b, bool extend, std::vector<Vec3d>& points) {
     const std::vector<ZvLinearSegment> segmentsA = SegmentsOf(a), segmentsB = SegmentsOf(b);
     const std::vector<ZvBounds2D> boxesA = BoxesOf(segmentsA), boxesB = BoxesOf(segmentsB);
-    std::vector<Crossing> found;
+    std::vector<ZvLineCrossing> found;
     for (const auto& [i, j] : ZvSegmentSweep::MeetingPairs(boxesA, boxesB))
         AddProper(segmentsA[i], i, segmentsB[j], found);
     if (extend)
@@ -91,7 +68,7 @@ void Intersect(const ZvEntity& a, const ZvEntity& b, bool extend, std::vector<Ve
             if (segmentsA[i].first || segmentsA[i].last)
                 for (const ZvLinearSegment& other : segmentsB)
                     AddExtended(segmentsA[i], i, other, found);
-    Append(found, std::max(ExtentOf(boxesA), ExtentOf(boxesB)), points);
+    AppendCrossings(found, std::max(ExtentOf(boxesA), ExtentOf(boxesB)), points);
 }
 
 } // namespace

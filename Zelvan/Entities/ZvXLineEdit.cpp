@@ -1,5 +1,6 @@
 // What a user does with a polyline by hand: snaps, grips, intersections, transforms, exploding.
 #include "Zelvan/Entities/ZvXLineScan.h"
+#include "Zelvan/Tools/ZvLineCrossing.h"
 #include "Zelvan/Tools/ZvSegmentSweep.h"
 #include <algorithm>
 #include <cmath>
@@ -41,17 +42,9 @@ void ZvXLine::GetSnapsEdge(const Vec3d& nearPoint, double radius, ZvSnaps& snaps
 
 namespace {
 
-/// Points closer than this share of the extent are one point.
-constexpr double kSamePoint = 1e-9;
-
 struct Piece {
     ZvSegment2D segment;
     uint32_t part, vertex;
-};
-
-struct Crossing {
-    double along; ///< number of the segment plus the share of its length
-    Vec3d point;
 };
 
 /// The segments that come into the box, with boxes of their own.
@@ -67,18 +60,6 @@ void PiecesIn(const ZvXLine& line, const ZvBounds2D& box, std::vector<Piece>& pi
     });
 }
 
-/// In the order along the line, each place once: neighbouring segments meet the other line at a vertex twice.
-void Append(std::vector<Crossing>& found, double same, std::vector<Vec3d>& points) {
-    std::sort(found.begin(), found.end(),
-              [](const Crossing& a, const Crossing& b) { return a.along < b.along; });
-    const size_t start = points.size();
-    for (const Crossing& c : found) {
-        const auto near = [&](const Vec3d& p) { return (p.XY() - c.point.XY()).LengthSq() <= same * same; };
-        if (points.size() == start || !(near(points.back()) || near(points[start])))
-            points.push_back(c.point);
-    }
-}
-
 } // namespace
 
 // As the base does it, but only segments where the bounds of both overlap are taken out of the blocks.
@@ -89,17 +70,17 @@ void ZvXLine::GetIntersectionPoints(const ZvEntity& other, std::vector<Vec3d>& p
     }
     const auto& line = static_cast<const ZvXLine&>(other);
     const ZvBounds2D mine = IBounds2D(), its = line.IBounds2D();
-    const double extent = std::max(mine.MaxDimension(), its.MaxDimension()), slack = extent * kSamePoint;
+    const double extent = std::max(mine.MaxDimension(), its.MaxDimension());
     ZvBounds2D common{std::max(mine.minX, its.minX), std::max(mine.minY, its.minY),
                       std::min(mine.maxX, its.maxX), std::min(mine.maxY, its.maxY)};
-    common.Grow(slack);
+    common.Grow(extent * kSameCrossing);
     if (mine.IsNull() || its.IsNull() || common.IsNull())
         return;
     std::vector<Piece> pieces, others;
     std::vector<ZvBounds2D> boxes, otherBoxes;
     PiecesIn(*this, common, pieces, boxes);
     PiecesIn(line, common, others, otherBoxes);
-    std::vector<Crossing> found;
+    std::vector<ZvLineCrossing> found;
     for (const auto& [i, k] : ZvSegmentSweep::MeetingPairs(boxes, otherBoxes)) {
         Vec2d at[2];
         const Piece& piece = pieces[i];
@@ -108,7 +89,7 @@ void ZvXLine::GetIntersectionPoints(const ZvEntity& other, std::vector<Vec3d>& p
             found.push_back({piece.vertex + t, PointOnSegment(piece.part, piece.vertex, t, at[n])});
         }
     }
-    Append(found, slack, points);
+    AppendCrossings(found, extent, points);
 }
 
 // --- grips ---------------------------------------------------------------------------------------------------------------
