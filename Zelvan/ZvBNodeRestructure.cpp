@@ -55,10 +55,7 @@ void ZvBNode::Accomodate(const ZvBounds3D& bounds) {
         return;
     const bool small = !m_children && m_list.Size() < size_t(m_root->maxEntitiesPerNode);
     ZvBounds3D grown = Grown(all, small ? kLeafGrowth : kRebuildGrowth);
-    if (m_box.IsInsideMe2D(bounds)) {
-        // Z does not decide where an entity goes, so nothing has to move.
-        m_box.minZ = grown.minZ, m_box.maxZ = grown.maxZ;
-    } else if (small) {
+    if (small) {
         FixAspect(grown);
         SetLeafBox(grown);
     } else {
