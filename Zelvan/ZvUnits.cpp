@@ -41,6 +41,15 @@ void SkipBlanks(std::u16string_view text, size_t& at) {
         ++at;
 }
 
+/// Units that are read beside the presets; 1 foot = 0.3048 m exactly.
+constexpr struct {
+    std::u16string_view names[4];
+    double metersPerUnit;
+} kMoreUnits[] = {{{u"'", u"ft", u"foot", u"feet"}, 0.3048},
+                  {{u"\"", u"''", u"inches", u"inches"}, 0.0254},
+                  {{u"yd", u"yard", u"yards", u"yards"}, 0.9144},
+                  {{u"mi", u"mile", u"miles", u"miles"}, 1609.344}};
+
 /// "mm", "^2" behind "mm^2": takes the mark of a square unit off. False when there is none.
 bool TakeSquareMark(std::u16string_view& unit) {
     for (const std::u16string_view mark :
@@ -236,40 +245,83 @@ double ZvUnits::UnitsPerMeterOf(const XStringW& unit) const {
         if (unit.EqualsNoCase(abbreviation) || matches(name))
             return scale;
     }
+    for (const auto& more : kMoreUnits)
+        for (const std::u16string_view name : more.names)
+            if (unit.EqualsNoCase(XStringW(name)))
+                return 1 / more.metersPerUnit;
     return 0;
 }
 
-bool ZvUnits::ParseScaled(const XStringW& text, double plainFactor, int power, double& world) const {
+bool ZvUnits::ParseArea(const XStringW& text, double plainFactor, double& world) const {
     const std::u16string_view view = text.View();
     size_t at = 0;
-    double value = 0;
+    double value = 0, factor = plainFactor;
     SkipBlanks(view, at);
     if (!ReadNumber(view, at, value))
         return false;
     const XStringW rest = XStringW(view.substr(at)).Trimmed();
-    double factor = plainFactor;
     if (!rest.IsEmpty()) {
         std::u16string_view unit = rest.View();
-        if (power == 2 && !TakeSquareMark(unit))
-            return false;
-        const double unitsPerMeter = UnitsPerMeterOf(XStringW(unit).Trimmed());
+        const double unitsPerMeter = TakeSquareMark(unit) ? UnitsPerMeterOf(XStringW(unit).Trimmed()) : 0;
         if (unitsPerMeter <= 0)
             return false;
         factor = WorldUnitsPerMeter() / unitsPerMeter;
     }
-    value *= power == 2 ? factor * factor : factor;
+    value *= factor * factor;
     if (!std::isfinite(value))
         return false;
     world = value;
     return true;
 }
 
+bool ZvUnits::ParseLength(const XStringW& text, double plainFactor, double& world) const {
+    const std::u16string_view view = text.View();
+    size_t at = 0;
+    double sum = 0, sign = 1;
+    for (int parts = 0; parts == 0 || at < view.size(); ++parts) {
+        double value = 0, unitsPerMeter = 0;
+        SkipBlanks(view, at);
+        const bool isSigned = at < view.size() && (view[at] == u'-' || view[at] == u'+');
+        if (parts == 0 && isSigned && view[at] == u'-')
+            sign = -1;
+        if ((parts > 0 && isSigned) || !ReadNumber(view, at, value))
+            return false;
+        SkipBlanks(view, at);
+        const bool plain = parts == 0 && at == view.size();
+        if (!plain && !ReadUnit(view, at, unitsPerMeter))
+            return false;
+        sum += std::abs(value) * (plain ? plainFactor : WorldUnitsPerMeter() / unitsPerMeter);
+        SkipBlanks(view, at);
+    }
+    if (!std::isfinite(sum))
+        return false;
+    world = sign * sum;
+    return true;
+}
+
+/// All that is left when that is a unit, else what stands in front of the next digit.
+bool ZvUnits::ReadUnit(std::u16string_view text, size_t& at, double& unitsPerMeter) const {
+    const std::u16string_view rest = text.substr(at);
+    unitsPerMeter = UnitsPerMeterOf(XStringW(rest).Trimmed());
+    if (unitsPerMeter > 0) {
+        at = text.size();
+        return true;
+    }
+    size_t end = 0;
+    while (end < rest.size() && !IsDigit(rest[end]) &&
+           !rest.substr(end).starts_with(m_decimalSeparator.View()))
+        ++end;
+    at += end;
+    unitsPerMeter = UnitsPerMeterOf(XStringW(rest.substr(0, end)).Trimmed());
+    return unitsPerMeter > 0;
+}
+
 bool ZvUnits::ParseDistance(const XStringW& text, double& world) const {
-    return ParseScaled(text, 1, 1, world);
+    return ParseLength(text, 1, world);
 }
 
 bool ZvUnits::ParseDistanceFromUCS(const XStringW& text, double& world) const {
-    return ParseScaled(text, UU2World(), 1, world);
+    return ParseLength(text, UU2World(), world);
 }
 
 bool ZvUnits::IsValidDistanceFromUCS(const XStringW& text) const {
@@ -278,7 +330,7 @@ bool ZvUnits::IsValidDistanceFromUCS(const XStringW& text) const {
 }
 
 bool ZvUnits::ParseAreaFromUCS(const XStringW& text, double& world) const {
-    return ParseScaled(text, UU2World(), 2, world);
+    return ParseArea(text, UU2World(), world);
 }
 
 /// How many numbers the text holds; 0 when it holds anything else.
@@ -338,9 +390,11 @@ XStringW ZvUnits::FormatNumber(double value, int precision) const {
     if (!std::isfinite(value))
         return u"-";
     const double size = std::abs(value);
-    const bool exponent = size >= 1e15 || (size > 0 && size < 0.5 * std::pow(10.0, -precision));
-    XStringW text =
-        exponent ? XStringW::Format("%.5e", value) : XStringW::Format("%.*f", precision, value + 0.0);
+    XStringW text;
+    if (size < 1e15)
+        text = XStringW::Format("%.*f", precision, value + 0.0);
+    if (text.IsEmpty() || (size > 0 && text.View().find_first_of(u"123456789") == std::u16string_view::npos))
+        text = XStringW::Format("%.5e", value);
     const size_t point = text.View().find(u'.');
     if (point != std::u16string_view::npos)
         text.Str().replace(point, 1, m_decimalSeparator.View());

@@ -19,9 +19,10 @@ class BinXmlNode;
 /// units.
 ///
 /// Texts of numbers: an optional sign, digits with the decimal separator (a point is taken as well), an
-/// optional exponent. Behind a length may stand a preset's abbreviation or name, or those of the world unit
-/// ("12.5 mm", "3 inch"), which then count instead of the default unit; areas take the same with "2", "^2" or
-/// U+00B2 at its end. Blanks around the parts do not matter.
+/// optional exponent. Behind a length may stand a preset's abbreviation or name, those of the world unit, or
+/// feet, yards and miles ("12.5 mm", "3 inch", "10'"), which then count instead of the default unit; areas take
+/// the same with "2", "^2" or U+00B2 at its end. A length may be a sum of such parts, the sign in front counting
+/// for all of them (-10'6", 1 km 250 m). Blanks around the parts do not matter.
 class ZV_API ZvUnits {
 public:
     enum class Preset : int {
@@ -148,7 +149,9 @@ private:
     void TakePresetNames();
     bool ReadNumber(std::u16string_view text, size_t& at, double& value) const;
     int ReadCoordinates(std::u16string_view text, double (&values)[3]) const;
-    bool ParseScaled(const XStringW& text, double plainFactor, int power, double& world) const;
+    bool ParseArea(const XStringW& text, double plainFactor, double& world) const;
+    bool ParseLength(const XStringW& text, double plainFactor, double& world) const;
+    bool ReadUnit(std::u16string_view text, size_t& at, double& unitsPerMeter) const;
     double UnitsPerMeterOf(const XStringW& unit) const;
     XStringW UserUnitAbbr() const;
     XStringW FormatNumber(double value, int precision) const;

@@ -44,8 +44,10 @@ TEST(ZvUnits, NewUnitsAreMetresWithTheirTexts) {
 TEST(ZvUnits, DistancesReadNumbersWithUnits) {
     ZvUnits units;
     const std::pair<const char16_t*, double> good[] = {
-        {u"12.5", 12.5}, {u" -3 ", -3},       {u"+.5", 0.5},   {u"1e3", 1000},         {u"25 mm", 0.025},
-        {u"2KM", 2000},  {u"1 inch", 0.0254}, {u"3 meter", 3}, {u"72 points", 0.0254}, {u"2.cm", 0.02},
+        {u"12.5", 12.5},        {u" -3 ", -3},          {u"+.5", 0.5},         {u"1e3", 1000},
+        {u"25 mm", 0.025},      {u"2KM", 2000},         {u"1 inch", 0.0254},   {u"3 meter", 3},
+        {u"72 points", 0.0254}, {u"2.cm", 0.02},        {u"-10'6\"", -3.2004}, {u"10 ft 6 in", 3.2004},
+        {u"1km 250 m", 1250},   {u"2 miles", 3218.688},
     };
     for (const auto& [text, expected] : good) {
         double d = -1;
@@ -53,7 +55,8 @@ TEST(ZvUnits, DistancesReadNumbersWithUnits) {
         EXPECT_NEAR(d, expected, 1e-12) << XStringW(text).ToUtf8();
     }
     double kept = 7;
-    for (const char16_t* bad : {u"", u"m", u"12 parsec", u"1,5", u"--1", u"1e400", u"nan", u"."})
+    for (const char16_t* bad :
+         {u"", u"m", u"12 parsec", u"1,5", u"--1", u"1e400", u"nan", u".", u"1 m 2", u"1 m -2 m", u"1 2 m"})
         EXPECT_FALSE(units.ParseDistance(bad, kept)) << XStringW(bad).ToUtf8();
     EXPECT_EQ(kept, 7);
     double area = 0;
@@ -89,6 +92,9 @@ TEST(ZvUnits, FormattedLengthsNeverShowZeroForWhatIsNotZero) {
     EXPECT_EQ(units.FormatDistance(-0.0), XStringW(u"0.000"));
     EXPECT_EQ(units.FormatDistance(1234.5678, true), XStringW(u"1234.568 m"));
     EXPECT_EQ(units.FormatDistance(-0.0004), XStringW(u"-4.00000e-04"));
+    units.SetPrecision(0);
+    EXPECT_EQ(units.FormatDistance(0.5), XStringW(u"5.00000e-01"));
+    units.SetPrecision(3);
     EXPECT_EQ(units.FormatDistance(2e15), XStringW(u"2.00000e+15"));
     EXPECT_EQ(units.FormatDistance(NAN), XStringW(u"-"));
     EXPECT_EQ(units.FormatAreaToUCS(2, true), XStringW(u"2.000 m\u00B2"));
