@@ -1,5 +1,6 @@
 #include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/ZvStrings.h"
+#include <algorithm>
 #include <utility>
 
 void ZvPropertyGatherer::Add(std::string id, XStringW label, ZvProperty::Value value, bool writable) {
@@ -52,6 +53,12 @@ void ZvPropertySetter::RefuseText(std::string_view id, const XStringW& text) {
 
 void ZvPropertySetter::Refuse(std::string_view id, std::string reason) {
     m_refusals.push_back(std::string(id) + ": " + std::move(reason));
+}
+
+bool ZvPropertySetter::IsRefused(std::string_view id) const {
+    const std::string start = std::string(id) + ": ";
+    return std::any_of(m_refusals.begin(), m_refusals.end(),
+                       [&start](const std::string& refusal) { return refusal.starts_with(start); });
 }
 
 std::vector<std::string> ZvPropertySetter::Unused() const {

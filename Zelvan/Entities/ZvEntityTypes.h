@@ -57,6 +57,7 @@ public:
     void Refuse(std::string_view id, std::string reason);
     /// Refuses because the text does not parse.
     void RefuseText(std::string_view id, const XStringW& text);
+    bool IsRefused(std::string_view id) const;
     std::vector<std::string> Unused() const;
     const std::vector<std::string>& Refusals() const { return m_refusals; }
 

@@ -112,14 +112,12 @@ bool ZvLayerTable::GroupRename(const XStringW& from, const XStringW& to) {
 }
 
 XStringW ZvLayerTable::FindNewGroupName(const XStringW& base) const {
-    const XStringW stem = base.IsEmpty() ? XStringW(u"Group") : base;
-    if (!base.IsEmpty() && IsNewNameValid(base))
-        return base;
-    for (int number = 1;; ++number) {
-        XStringW name = stem + XStringW::Format("%d", number);
-        if (!HasGroup(name) && !GetByName(name))
+    const XStringW stem = base.IsEmpty() ? XStringW(u"Group") : ZvTableRecord::WithoutInvalid(base);
+    if (!base.IsEmpty() && IsNewNameValid(stem))
+        return stem;
+    for (int number = 1;; ++number)
+        if (XStringW name = stem + XStringW::Format("%d", number); IsNewNameValid(name))
             return name;
-    }
 }
 
 std::vector<ZvLayer*> ZvLayerTable::GetGroupLayers(const XStringW& group) const {

@@ -31,6 +31,7 @@ void ZvLineTypeRec::SetPattern(double a, double b, double c) {
         if (!IsLength(*parameter))
             *parameter = 0;
     Generate();
+    FieldsChanged();
     IncModified();
 }
 

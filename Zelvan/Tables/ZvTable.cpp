@@ -81,10 +81,24 @@ ZvTableRecord* ZvTable::Register(std::unique_ptr<ZvTableRecord> record, uint32_t
     return raw;
 }
 
+namespace {
+
+/// Also when the record has changed its key behind the map's back, and then not the entry of another that has it.
+template <class Map, class Key>
+void Forget(Map& map, const Key& key, const ZvTableRecord* record) {
+    const auto found = map.find(key);
+    if (found != map.end() && found->second == record)
+        map.erase(found);
+    else
+        std::erase_if(map, [record](const auto& entry) { return entry.second == record; });
+}
+
+} // namespace
+
 void ZvTable::Unregister(ZvTableRecord& record) {
-    m_byName.erase(record.GetNameUpCase());
-    m_byId.erase(record.GetId());
-    m_byGuid.erase(record.GetGuid());
+    Forget(m_byName, record.GetNameUpCase(), &record);
+    Forget(m_byId, record.GetId(), &record);
+    Forget(m_byGuid, record.GetGuid(), &record);
     if (m_lastInserted == &record)
         m_lastInserted = nullptr;
     record.SetTable(nullptr);

@@ -18,14 +18,6 @@ bool IsDigit(char16_t c) {
     return c >= u'0' && c <= u'9';
 }
 
-XStringW WithoutInvalid(const XStringW& name) {
-    XStringW clean = name;
-    for (char16_t& c : clean.Str())
-        if (std::u16string_view(u"/\\\"?*|").find(c) != std::u16string_view::npos)
-            c = u'_';
-    return clean;
-}
-
 /// A name taken apart: "Wall09" is the stem "Wall" and the number 9 in a field of 2.
 struct NumberedName {
     XStringW stem;
@@ -70,7 +62,7 @@ bool ZvTable::GetDefaultName(XStringW& out, const XStringW& base, const ZvTableR
         out = record->GetGuid().ToString();
         return true;
     }
-    return FindFreeName(out, base.IsEmpty() ? DefaultNameBase() + u"1" : WithoutInvalid(base));
+    return FindFreeName(out, base.IsEmpty() ? DefaultNameBase() + u"1" : ZvTableRecord::WithoutInvalid(base));
 }
 
 bool ZvTable::FindFreeName(XStringW& out, const XStringW& base) {

@@ -6,6 +6,7 @@
 #include "Zelvan/Tables/ZvPropertyLabels.h"
 #include "Zelvan/Tables/ZvTable.h"
 #include "Zelvan/ZvNativeDesc.h"
+#include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 
 ZvTableRecord::ZvTableRecord() : m_guid(Guid::New()) {}
@@ -18,8 +19,22 @@ ZvDrawing* ZvTableRecord::GetParentDrawing() const {
 
 // --- identity ----------------------------------------------------------------------------------------------
 
+namespace {
+
+constexpr std::u16string_view kInvalid = u"/\\\"?*|";
+
+} // namespace
+
 bool ZvTableRecord::CheckRecordName(const XStringW& name) {
-    return !name.IsEmpty() && name.View().find_first_of(u"/\\\"?*|") == std::u16string_view::npos;
+    return !name.IsEmpty() && name.View().find_first_of(kInvalid) == std::u16string_view::npos;
+}
+
+XStringW ZvTableRecord::WithoutInvalid(const XStringW& name) {
+    XStringW clean = name;
+    for (char16_t& c : clean.Str())
+        if (kInvalid.find(c) != std::u16string_view::npos)
+            c = u'_';
+    return clean;
 }
 
 bool ZvTableRecord::SetName(const XStringW& name, bool viaTable) {
@@ -87,12 +102,44 @@ void ZvTableRecord::SetProperties(ZvPropertySetter& setter) {
         if (!name || IsInternal() || !SetName(*name))
             setter.Refuse("Name", "the name is taken or cannot be a record's");
     }
+    const std::vector<uint8_t> former = OwnFields();
     ZvFieldSetter visit(setter);
     Fields(visit);
     if (!visit.Changed())
         return;
     FieldsChanged();
+    if (!HoldsWhatWasAsked(setter)) {
+        ZvFieldReader back(former);
+        Fields(back);
+        FieldsChanged();
+        return;
+    }
     IncModified();
+}
+
+/// Refuses the numbers that the record has put right. Texts are not looked at: a value has several.
+bool ZvTableRecord::HoldsWhatWasAsked(ZvPropertySetter& setter) const {
+    ZvPropertyGatherer held;
+    ZvFieldGatherer visit(held);
+    const_cast<ZvTableRecord*>(this)->Fields(visit); // gathering changes nothing
+    bool all = true;
+    for (const ZvProperty& property : held.Items()) {
+        const ZvProperty::Value* asked = property.writable ? setter.Take(property.id) : nullptr;
+        const double* number = asked ? std::get_if<double>(asked) : nullptr;
+        const int64_t* whole = asked ? std::get_if<int64_t>(asked) : nullptr;
+        const double* heldNumber = std::get_if<double>(&property.value);
+        const int64_t* heldWhole = std::get_if<int64_t>(&property.value);
+        const bool same = heldNumber  ? *heldNumber == (number  ? *number
+                                                        : whole ? double(*whole)
+                                                                : *heldNumber)
+                          : heldWhole ? !whole || *heldWhole == *whole
+                                      : true;
+        if (same || setter.IsRefused(property.id))
+            continue;
+        setter.Refuse(property.id, ZvStrings::Get(ZvStr::PropertyOutOfRange));
+        all = false;
+    }
+    return all;
 }
 
 std::vector<uint8_t> ZvTableRecord::OwnFields() const {

@@ -71,6 +71,8 @@ public:
     void SetNameFinal(const XStringW& name);
     /// Not empty and without / \ " ? * |
     static bool CheckRecordName(const XStringW& name);
+    /// The name with "_" for each character that a name cannot have.
+    static XStringW WithoutInvalid(const XStringW& name);
 
     // --- flags ---------------------------------------------------------------------------------------------
     bool IsErased() const { return m_flags & kErased; }
@@ -99,8 +101,8 @@ public:
     // --- content -------------------------------------------------------------------------------------------
     /// Name and the kind's fields, as properties whose identifiers are the fields'.
     void GetProperties(ZvPropertyGatherer& gatherer) const;
-    /// Takes the properties that it knows; refused values keep their reason in the setter. One IncModified
-    /// when anything changed.
+    /// Takes the properties that it knows; refused values keep their reason in the setter. When the record cannot
+    /// hold one of the values, all fields stay as they were. One IncModified when anything changed.
     void SetProperties(ZvPropertySetter& setter);
     /// Takes over the fields (not name, guid, id, flags) of a record of the same kind. False for another
     /// kind.
@@ -156,6 +158,7 @@ protected:
 private:
     friend class ZvTable;
     std::vector<uint8_t> OwnFields() const;
+    bool HoldsWhatWasAsked(ZvPropertySetter& setter) const;
 
     ZvTable* m_table = nullptr;
     int32_t m_index = -1;

@@ -76,6 +76,7 @@ TEST(ZvLayerTable, GroupsHoldLayersAndShareTheNamesWithThem) {
     EXPECT_EQ(Names(layers.GetGroupLayers(u"house")), "Wall ");
     EXPECT_EQ(layers.FindNewGroupName(), XStringW(u"Group1"));
     EXPECT_EQ(layers.FindNewGroupName(u"House"), XStringW(u"House1"));
+    EXPECT_EQ(layers.FindNewGroupName(u"A/B"), XStringW(u"A_B"));
     EXPECT_TRUE(layers.DeleteGroup(u"House"));
     EXPECT_TRUE(wall->GetGroup().IsEmpty());
     EXPECT_FALSE(drawing.DataTable()->GetByName(u"__LayerGroups__")) << "no groups, no record";

@@ -376,6 +376,23 @@ TEST(Records, PropertiesAreShownAndSet) {
     EXPECT_EQ(page->GetModifiedStamp(), stamp + 1);
 }
 
+TEST(Records, AValueOutOfRangeIsRefusedAndTheFieldsStay) {
+    ZvLineTypeRec dashed;
+    dashed.SetPattern(4, 4, 2);
+    ZvUcs ucs;
+    ucs.SetScale(100);
+    ZvPropertySetter setter;
+    setter.Set("PatternA", -1.0);
+    setter.Set("Scale", int64_t(0));
+    dashed.SetProperties(setter);
+    ucs.SetProperties(setter);
+    EXPECT_EQ(dashed.Dashes(), (std::vector<double>{8, 8}));
+    EXPECT_EQ(ucs.GetScale(), 100);
+    EXPECT_EQ(setter.Refusals().size(), 2u);
+    dashed.SetPattern(1e200, 1, 1e200);
+    EXPECT_TRUE(dashed.Dashes().empty()) << "a pattern without end is continuous";
+}
+
 TEST(Records, CopiesHaveTheContentAndAnIdentityOfTheirOwn) {
     ZvTexture texture;
     texture.SetNameFinal(u"Bricks");

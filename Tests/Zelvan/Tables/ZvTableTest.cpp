@@ -158,6 +158,10 @@ TEST(ZvTable, RenamingKeepsTheMapsRight) {
     EXPECT_FALSE(a->SetGuid(table.Get(1)->GetGuid()));
     EXPECT_TRUE(a->SetGuid(guid));
     EXPECT_EQ(table.GetByGuid(guid), a);
+    EXPECT_TRUE(table.Get(1)->SetName(u"D", false));
+    EXPECT_TRUE(table.DeleteRecord(1));
+    EXPECT_EQ(table.GetByName(u"D"), a) << "the name of the one that stays";
+    EXPECT_FALSE(table.GetByName(u"B"));
 }
 
 TEST(ZvTable, WatchersHearWhatHappens) {
