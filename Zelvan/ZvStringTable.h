@@ -121,6 +121,7 @@ ZV_STRING(45024, UnitAbbrInch, "in")
 ZV_STRING(45025, UnitAbbrPoint, "pt")
 ZV_STRING(45030, UnitPoints, "points")
 ZV_STRING(45031, UnitDegrees, "degrees")
+ZV_STRING(45032, UnitFeet, "feet")
 ZV_STRING(45040, KernelMissing,
           "Polygon operations are not available: this program was built without a geometry kernel")
 

@@ -41,11 +41,13 @@ void SkipBlanks(std::u16string_view text, size_t& at) {
         ++at;
 }
 
-/// Units that are read beside the presets; 1 foot = 0.3048 m exactly.
+constexpr double kMetersPerFoot = 0.3048, kMetersPerSurveyFoot = 1200.0 / 3937.0;
+
+/// Units that are read beside the presets.
 constexpr struct {
     std::u16string_view names[4];
     double metersPerUnit;
-} kMoreUnits[] = {{{u"'", u"ft", u"foot", u"feet"}, 0.3048},
+} kMoreUnits[] = {{{u"'", u"ft", u"foot", u"feet"}, kMetersPerFoot},
                   {{u"\"", u"''", u"inches", u"inches"}, 0.0254},
                   {{u"yd", u"yard", u"yards", u"yards"}, 0.9144},
                   {{u"mi", u"mile", u"miles", u"miles"}, 1609.344}};
@@ -146,6 +148,19 @@ bool ZvUnits::SetCustomWorld(const XStringW& name, const XStringW& abbreviation,
     m_worldAbbr = abbreviation;
     m_customUnitsPerMeter = unitsPerMeter;
     return true;
+}
+
+void ZvUnits::SetWorldOf(const ZvCoordSystem& system) {
+    const double meters = system.metersPerUnit;
+    const auto is = [meters](double length) { return std::abs(meters - length) < length * 1e-9; };
+    if (system.kind == ZvCoordSystem::Kind::Geographic)
+        SetCustomWorld(ZvStrings::GetW(ZvStr::UnitDegrees), u"\u00B0", 1 / meters);
+    else if (is(1))
+        SetPreset(Preset::Meters);
+    else if (is(kMetersPerFoot) || is(kMetersPerSurveyFoot))
+        SetCustomWorld(ZvStrings::GetW(ZvStr::UnitFeet), u"ft", 1 / meters);
+    else
+        SetCustomWorld({}, {}, 1 / meters);
 }
 
 double ZvUnits::WorldUnitsPerMeter() const {

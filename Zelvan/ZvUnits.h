@@ -6,6 +6,7 @@
 
 class ZvDrawing;
 class ZvUcs;
+struct ZvCoordSystem;
 namespace ZvCore {
 class BinXmlNode;
 }
@@ -66,6 +67,8 @@ public:
     /// A world unit that is no preset; `unitsPerMeter` must be positive and finite, else nothing changes and
     /// false is returned.
     bool SetCustomWorld(const XStringW& name, const XStringW& abbreviation, double unitsPerMeter);
+    /// The world unit that positions in a coordinate system are in: metres, degrees, a kind of foot, or one without a name.
+    void SetWorldOf(const ZvCoordSystem& system);
     bool IsCustomWorld() const { return m_customUnitsPerMeter > 0; }
     /// World units per metre.
     double WorldUnitsPerMeter() const;

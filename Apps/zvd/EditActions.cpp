@@ -1,3 +1,4 @@
+#include "Apps/zvd/DrawingUnits.h"
 #include "Apps/zvd/EditSession.h"
 #include "Apps/zvd/EditShape.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
@@ -19,7 +20,6 @@
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvDrawing.h"
 #include "ZvCore/Mat4T.h"
-#include <numbers>
 
 namespace {
 
@@ -29,9 +29,10 @@ Mat4d About(const Vec3d& about, const Mat4d& xform) {
 }
 
 /// The point of "about=", else the origin; nothing when it is none.
-std::optional<Vec3d> FixedPoint(const EditLine& line) {
+std::optional<Vec3d> FixedPoint(const ZvDrawing& drawing, const EditLine& line) {
     const auto found = line.settings.find("about");
-    return found == line.settings.end() ? std::optional<Vec3d>(Vec3d{}) : EditLine::Point(found->second);
+    return found == line.settings.end() ? std::optional<Vec3d>(Vec3d{})
+                                        : DrawingUnits(drawing).Place(found->second);
 }
 
 /// A colour as properties take it: "#RRGGBB" becomes what ZvColor writes.
@@ -88,24 +89,23 @@ bool EditSession::Transform(const std::string& what, const Mat4d& xform, EditOut
 }
 
 bool EditSession::Move(const EditLine& line, EditOutcome& outcome) {
-    const auto by = EditLine::Point(line.words[1]);
+    const auto by = DrawingUnits(m_drawing).Way(line.words[1]);
     if (!by)
         return Refuse(outcome, "'" + line.words[1] + "' is no distance: write DX,DY without blanks");
     return Transform(line.words[0], Mat4d::Translation(*by), outcome);
 }
 
 bool EditSession::Rotate(const EditLine& line, EditOutcome& outcome) {
-    const auto degrees = EditLine::Number(line.words[1]);
-    const auto about = FixedPoint(line);
-    if (!degrees || !about)
+    const auto angle = DrawingUnits(m_drawing).Angle(line.words[1]);
+    const auto about = FixedPoint(m_drawing, line);
+    if (!angle || !about)
         return Refuse(outcome, "write: rotate WHAT DEGREES about=X,Y");
-    return Transform(line.words[0], About(*about, Mat4d::RotationZ(*degrees * std::numbers::pi / 180)),
-                     outcome);
+    return Transform(line.words[0], About(*about, Mat4d::RotationZ(*angle)), outcome);
 }
 
 bool EditSession::Scale(const EditLine& line, EditOutcome& outcome) {
     const auto factor = EditLine::Number(line.words[1]);
-    const auto about = FixedPoint(line);
+    const auto about = FixedPoint(m_drawing, line);
     if (!factor || *factor == 0 || !about)
         return Refuse(outcome, "write: scale WHAT FACTOR about=X,Y, with a factor that is not 0");
     return Transform(line.words[0], About(*about, Mat4d::Scaling({*factor, *factor, *factor})), outcome);
@@ -114,7 +114,7 @@ bool EditSession::Scale(const EditLine& line, EditOutcome& outcome) {
 bool EditSession::Grip(const EditLine& line, EditOutcome& outcome) {
     ZvSelection what;
     const auto index = EditLine::Whole(line.words[1]);
-    const auto to = EditLine::Point(line.words[2]);
+    const auto to = DrawingUnits(m_drawing).Place(line.words[2]);
     if (!index || *index > 0x7FFFFFFF || !to)
         return Refuse(outcome, "write: grip NAME INDEX X,Y");
     if (!ResolveSome(line.words[0], what, outcome))

@@ -88,19 +88,3 @@ std::optional<uint64_t> EditLine::Whole(std::string_view word) {
         return std::nullopt;
     return value;
 }
-
-std::optional<Vec3d> EditLine::Point(std::string_view word) {
-    double part[3] = {};
-    size_t count = 0;
-    for (size_t at = 0; at <= word.size(); ++count) {
-        const size_t comma = std::min(word.find(',', at), word.size());
-        const std::optional<double> number = Number(word.substr(at, comma - at));
-        if (!number || count == 3)
-            return std::nullopt;
-        part[count] = *number;
-        at = comma + 1;
-    }
-    if (count < 2)
-        return std::nullopt;
-    return Vec3d{part[0], part[1], part[2]};
-}

@@ -1,5 +1,4 @@
 #pragma once
-#include "ZvCore/Vec.h"
 #include <map>
 #include <optional>
 #include <string>
@@ -16,8 +15,6 @@ struct EditLine {
     /// False with the reason and the column (from 1) in `why`.
     static bool Parse(std::string_view text, EditLine& line, std::string& why);
 
-    /// "x,y" or "x,y,z"; nothing for anything else, infinite numbers included.
-    static std::optional<Vec3d> Point(std::string_view word);
     /// A finite number.
     static std::optional<double> Number(std::string_view word);
     static std::optional<uint64_t> Whole(std::string_view word);

@@ -30,6 +30,10 @@ const EditSession::Command EditSession::kCommands[] = {
     {"section", "section begin|end [barrier|rollback]", 1, 2, &EditSession::Section},
     {"save", "save [FILE]", 0, 1, &EditSession::Save},
     {"count", "count WHAT", 1, 1, &EditSession::Count},
+    {"units", "units m|km|cm|mm|in|pt|ft|yd|mi", 1, 1, &EditSession::Units},
+    {"measure", "measure WHAT", 1, 1, &EditSession::Measure},
+    {"list", "list WHAT", 1, 1, &EditSession::List},
+    {"distance", "distance X,Y X,Y", 2, 2, &EditSession::Distance},
 };
 
 EditSession::EditSession(ZvDrawing& drawing, std::filesystem::path file)
@@ -39,7 +43,9 @@ std::string EditSession::Help() {
     std::string text;
     for (const Command& command : kCommands)
         text += std::string("  ") + command.usage + "\n";
-    return text + "WHAT: all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, or names of entities: 17,20-25\n";
+    return text +
+           "WHAT: all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, near:X,Y,RADIUS, or names of entities: "
+           "17,20-25\n";
 }
 
 EditOutcome EditSession::Run(const EditLine& line) {
@@ -96,6 +102,9 @@ bool EditSession::Resolve(const std::string& what, ZvSelection& found, EditOutco
     } else if (names("box:")) {
         if (!ResolveBox(what.substr(4), found, outcome))
             return false;
+    } else if (names("near:")) {
+        if (!ResolveNear(what.substr(5), found, outcome))
+            return false;
     } else if (!ResolveNames(what, found, outcome)) {
         return false;
     }
@@ -124,31 +133,11 @@ bool EditSession::ResolveNames(const std::string& what, ZvSelection& found, Edit
         if (!first || !last || *last < *first || *last > 0xFFFFFFFF || *last - *first > 10'000'000)
             return Refuse(outcome, "'" + what +
                                        "' is none of all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, " +
-                                       "or names such as 17,20-25");
+                                       "near:X,Y,RADIUS, or names such as 17,20-25");
         for (uint64_t name = *first; name <= *last; ++name)
             found.InsertIfExists(ZvName(uint32_t(name)));
         at = comma + 1;
     }
-    return true;
-}
-
-bool EditSession::ResolveBox(const std::string& box, ZvSelection& found, EditOutcome& outcome) const {
-    double side[4] = {};
-    size_t count = 0;
-    for (size_t at = 0; at <= box.size() && count < 4; ++count) {
-        const size_t comma = std::min(box.find(',', at), box.size());
-        const auto number = EditLine::Number(std::string_view(box).substr(at, comma - at));
-        if (!number)
-            break;
-        side[count] = *number;
-        at = comma + 1;
-    }
-    if (count < 4)
-        return Refuse(outcome, "write box:X0,Y0,X1,Y1 with four numbers");
-    ZvBounds2D window;
-    window.Set(std::min(side[0], side[2]), std::min(side[1], side[3]), std::max(side[0], side[2]),
-               std::max(side[1], side[3]));
-    m_drawing.SelectRect(window, false, found);
     return true;
 }
 

@@ -59,18 +59,24 @@ private:
     bool Section(const EditLine& line, EditOutcome& outcome);
     bool Save(const EditLine& line, EditOutcome& outcome);
     bool Count(const EditLine& line, EditOutcome& outcome);
+    bool Units(const EditLine& line, EditOutcome& outcome);
+    bool Measure(const EditLine& line, EditOutcome& outcome);
+    bool List(const EditLine& line, EditOutcome& outcome);
+    bool Distance(const EditLine& line, EditOutcome& outcome);
 
     bool Do(std::unique_ptr<ZvVerb> verb, EditOutcome& outcome);
     /// Says what of the change was not taken, too.
     bool DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome& outcome);
     bool Transform(const std::string& what, const Mat4d& xform, EditOutcome& outcome);
     bool EditLayer(ZvLayer& layer, const EditLine& line, EditOutcome& outcome);
-    /// The entities that a word means: "all", "selected", "last", "layer:NAME", "box:x0,y0,x1,y1", or names "17,20-25".
+    /// The entities that a word means: "all", "selected", "last", "layer:NAME", "box:x0,y0,x1,y1", "near:x,y,radius", or
+    /// names "17,20-25".
     bool Resolve(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
     /// The same; false when that is none.
     bool ResolveSome(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
     bool ResolveNames(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
     bool ResolveBox(const std::string& box, ZvSelection& found, EditOutcome& outcome) const;
+    bool ResolveNear(const std::string& place, ZvSelection& found, EditOutcome& outcome) const;
     ZvLayer* FindLayer(const std::string& name, EditOutcome& outcome) const;
     bool Steps(const EditLine& line, bool undo, EditOutcome& outcome);
     static bool Refuse(EditOutcome& outcome, std::string why);

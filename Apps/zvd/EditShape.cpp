@@ -1,4 +1,5 @@
 #include "Apps/zvd/EditShape.h"
+#include "Apps/zvd/DrawingUnits.h"
 #include "Zelvan/Entities/ZvPointEnt.h"
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/ZvDrawing.h"
@@ -9,16 +10,17 @@ using Entities = std::vector<std::unique_ptr<ZvEntity>>;
 using Rings = std::vector<std::vector<Vec3d>>;
 
 /// Points from `words[1]` on, a new ring behind each "/". False when a word is neither.
-bool ReadRings(const std::vector<std::string>& words, size_t end, Rings& rings, std::string& why) {
+bool ReadRings(const DrawingUnits& units, const std::vector<std::string>& words, size_t end, Rings& rings,
+               std::string& why) {
     rings.assign(1, {});
     for (size_t i = 1; i < end; ++i) {
         if (words[i] == "/") {
             rings.emplace_back();
             continue;
         }
-        const auto point = EditLine::Point(words[i]);
+        const auto point = units.Place(words[i]);
         if (!point) {
-            why = "'" + words[i] + "' is no point: write X,Y or X,Y,Z without blanks";
+            why = "'" + words[i] + "' is no point: " + units.PlaceHint();
             return false;
         }
         rings.back().push_back(*point);
@@ -68,7 +70,7 @@ Entities EditShape::Make(ZvDrawing& drawing, const std::vector<std::string>& wor
     }
     const bool closed = kind == "polyline" && words.back() == "close";
     Rings rings;
-    if (!ReadRings(words, words.size() - (closed ? 1 : 0), rings, why))
+    if (!ReadRings(DrawingUnits(drawing), words, words.size() - (closed ? 1 : 0), rings, why))
         return {};
     if (kind != "point")
         return MakeLine(drawing, rings, kind == "polygon", closed, why);

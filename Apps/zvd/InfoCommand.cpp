@@ -1,5 +1,6 @@
 #include "Apps/zvd/Command.h"
 #include "Apps/zvd/DrawingFile.h"
+#include "Apps/zvd/DrawingUnits.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
@@ -8,6 +9,7 @@
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvNativeHeader.h"
+#include "Zelvan/ZvSelection.h"
 #include "Zelvan/ZvTableTable.h"
 #include "ZvCore/DiskFile.h"
 #include "ZvCore/MD5.h"
@@ -25,6 +27,7 @@ namespace {
 struct InfoArguments {
     std::string file;
     std::vector<uint32_t> entities;
+    std::string units, at, within = "0";
 };
 
 Json BoundsJson(const ZvBounds3D& b) {
@@ -160,6 +163,7 @@ Json DrawingJson(const LoadedDrawing& loaded, const std::filesystem::path& path)
             {"header", HeaderJson(path)},
             {"entities", drawing.NameTable().Count()},
             {"extents", BoundsJson(drawing.Bounds())},
+            {"extentsText", DrawingUnits(drawing).ExtentText(drawing.Bounds())},
             {"coordinateSystem",
              system.IsSet() ? Json(system.name.ToUtf8() + " " + system.authority.ToUtf8()) : Json(nullptr)},
             {"linearPrecision", drawing.LinearPrecision()},
@@ -169,13 +173,37 @@ Json DrawingJson(const LoadedDrawing& loaded, const std::filesystem::path& path)
             {"tables", tables}};
 }
 
-std::string BoundsText(const Json& b) {
-    if (b.is_null())
-        return "empty";
-    char text[160];
-    std::snprintf(text, sizeof text, "%.9g, %.9g to %.9g, %.9g", b[0].get<double>(), b[1].get<double>(),
-                  b[3].get<double>(), b[4].get<double>());
-    return text;
+// Length and area of each layer that users see and of all, as texts in the user's unit.
+Json MeasuresJson(ZvDrawing& drawing) {
+    const DrawingUnits units(drawing);
+    const auto json = [&](const XStringW& layer, const DrawingMeasure& measure) {
+        return Json{{"layer", layer.ToUtf8()},
+                    {"entities", measure.entities},
+                    {"length", units.LengthText(measure.length)},
+                    {"area", units.AreaText(measure.area)}};
+    };
+    Json list = Json::array();
+    DrawingMeasure all;
+    for (const ZvTableRecord* record : drawing.LayerTable()->GetUserEnumList()) {
+        DrawingMeasure measure;
+        static_cast<const ZvLayer*>(record)->Tree().ForEach([&](ZvEntity* entity) {
+            measure.Add(*entity);
+            return true;
+        });
+        list.push_back(json(record->GetName(), measure));
+        all.Add(measure);
+    }
+    list.push_back(json(u"", all));
+    return list;
+}
+
+void PrintMeasures(const Console& console, const Json& measures) {
+    console.Line("  measured:");
+    for (const Json& measure : measures) {
+        const std::string layer = measure["layer"].get<std::string>();
+        console.Line("    " + (layer.empty() ? "all" : layer) + ": length " +
+                     measure["length"].get<std::string>() + ", area " + measure["area"].get<std::string>());
+    }
 }
 
 void Print(const Console& console, const Json& info) {
@@ -187,7 +215,7 @@ void Print(const Console& console, const Json& info) {
                      (header["solid"].get<bool>() ? "one solid block" : "blocks") + ", checksum " +
                      header["checksum"].get<std::string>());
     console.Line("  " + Console::Grouped(info["entities"].get<uint64_t>()) + " entities, extents " +
-                 BoundsText(info["extents"]));
+                 info["extentsText"].get<std::string>());
     if (!info["coordinateSystem"].is_null())
         console.Line("  coordinate system " + info["coordinateSystem"].get<std::string>());
     char line[256];
@@ -213,30 +241,72 @@ void Print(const Console& console, const Json& info) {
     console.Line("  records: " + tables);
 }
 
+ExitCode ShowInUnits(const Console& console, ZvDrawing& drawing, const std::string& name) {
+    std::string why;
+    const auto unit = DrawingUnits(drawing).FindUnit(name, why);
+    ZvUcs* ucs = drawing.UcsTable()->GetCurrent();
+    if (!unit || !ucs)
+        return console.Fail(ExitCode::Usage, "--units: " + why);
+    ucs->SetScale(unit->perWorldUnit); // of the drawing in memory, which nobody saves
+    ucs->SetUnitNames(unit->name, unit->abbreviation);
+    return ExitCode::Ok;
+}
+
+// The entities at the place, nearest first, behind those asked for by name.
+ExitCode FindAt(const Console& console, const ZvDrawing& drawing, const InfoArguments& arguments,
+                std::vector<uint32_t>& names) {
+    const DrawingUnits units(drawing);
+    const auto at = units.Place(arguments.at);
+    const auto within = units.Distance(arguments.within);
+    if (!at)
+        return console.Fail(ExitCode::Usage, "--at '" + arguments.at + "': " + units.PlaceHint());
+    if (!within || *within < 0)
+        return console.Fail(ExitCode::Usage, "--within '" + arguments.within +
+                                                 "' is no distance: write for example " +
+                                                 units.LengthText(1));
+    ZvSelection found;
+    drawing.SelectCylinderWorldRadius(Ray3d{*at}, *within, found);
+    for (int i = 0; i < found.Count(); ++i)
+        names.push_back(found.GetEntity(i)->Name32());
+    return ExitCode::Ok;
+}
+
 ExitCode RunInfo(const Console& console, const InfoArguments& arguments) {
     const std::filesystem::path path = ZvPlatform::PathFromUtf8(arguments.file);
     LoadedDrawing loaded;
     if (const ExitCode code = LoadDrawing(console, path, {}, loaded); code != ExitCode::Ok)
         return code;
     console.ShowErrors(loaded.errors);
+    if (!arguments.units.empty())
+        if (const ExitCode code = ShowInUnits(console, *loaded.drawing, arguments.units);
+            code != ExitCode::Ok)
+            return code;
+    std::vector<uint32_t> names = arguments.entities;
+    if (!arguments.at.empty())
+        if (const ExitCode code = FindAt(console, *loaded.drawing, arguments, names); code != ExitCode::Ok)
+            return code;
     Json entities = Json::array();
-    for (uint32_t name : arguments.entities) {
+    for (uint32_t name : names) {
         const ZvEntity* entity = loaded.drawing->GetEntity(name);
         if (!entity)
             return console.Fail(ExitCode::Usage, "there is no entity " + std::to_string(name) + " in '" +
                                                      arguments.file + "'");
         entities.push_back(EntityJson(*entity));
     }
-    if (!arguments.entities.empty()) {
+    if (!arguments.entities.empty() || !arguments.at.empty()) {
         console.Json(entities);
         for (const Json& entity : entities)
             console.Line(entity.dump(2, ' ', false, Json::error_handler_t::replace));
         return ExitCode::Ok;
     }
-    const Json info = DrawingJson(loaded, path);
+    Json info = DrawingJson(loaded, path);
+    if (!arguments.units.empty())
+        info["measures"] = MeasuresJson(*loaded.drawing);
     console.Json(info);
     if (!console.json)
         Print(console, info);
+    if (!console.json && info.contains("measures"))
+        PrintMeasures(console, info["measures"]);
     return ExitCode::Ok;
 }
 
@@ -249,6 +319,12 @@ void AddInfoCommand(CLI::App& app, CommandRun& run) {
     command->add_option("FILE", arguments->file, "Drawing or map")->required();
     command->add_option("--entity", arguments->entities,
                         "Tell the entity of this name with its properties and attributes");
+    command->add_option("--at", arguments->at, "Tell the entities at X,Y, nearest first");
+    command->add_option("--within", arguments->within, "How far from there: 5, 2.5km, 10ft")
+        ->capture_default_str();
+    command->add_option(
+        "--units", arguments->units,
+        "Show coordinates in this unit (km, m, cm, mm, in, pt, ft, ...), measure lengths and areas");
     command->callback([&run, arguments] {
         run = [arguments](const Console& console) { return RunInfo(console, *arguments); };
     });

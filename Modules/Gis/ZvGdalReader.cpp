@@ -6,6 +6,7 @@
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Tables/ZvUcsTable.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvUnits.h"
 #include "ZvCore/Platform/Platform.h"
 #include <algorithm>
 #include <gdal_priv.h>
@@ -138,6 +139,7 @@ void ZvGdalReader::TakeCoordSystem(GDALDataset& source) {
             continue;
         if (!table.CoordinateSystem().IsSet()) {
             table.SetCoordinateSystem(system);
+            m_drawing.Units()->SetWorldOf(system);
             m_drawing.NotifyCoordinateSystemChanged();
         } else if (table.CoordinateSystem().wkt != system.wkt) {
             m_errors.Add(0,

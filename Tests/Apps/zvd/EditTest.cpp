@@ -1,5 +1,8 @@
+#include "Apps/zvd/DrawingUnits.h"
 #include "Apps/zvd/EditLine.h"
 #include "ScratchFolder.h"
+#include "Zelvan/Tables/ZvUcsTable.h"
+#include "Zelvan/ZvDrawing.h"
 #include "ZvCore/Platform/Platform.h"
 #include "ZvdRun.h"
 #include <gtest/gtest.h>
@@ -21,9 +24,21 @@ TEST(EditLine, SplitsWordsSettingsAndQuotes) {
     EXPECT_FALSE(EditLine::Parse("layer new \"open", line, why));
     EXPECT_NE(why.find("column 11"), std::string::npos) << why;
     EXPECT_FALSE(EditLine::Parse("add a=1 a=2", line, why));
-    for (const char* bad : {"", "1", "1,", ",1", "1,2,3,4", "1,x", "nan,1", "1,inf", "1 ,2"})
-        EXPECT_FALSE(EditLine::Point(bad)) << bad;
-    EXPECT_EQ(EditLine::Point("-1.5,2e3,7")->z, 7);
+}
+
+TEST(DrawingUnits, ReadsPlacesInTheUsersUnitAndAxes) {
+    ZvDrawing drawing;
+    ZvUcs& ucs = *drawing.UcsTable()->GetCurrent();
+    ucs.SetOrigin({100, 0, 0});
+    ucs.SetScale(1000); // millimetres in a world of metres
+    const DrawingUnits units(drawing);
+    for (const char* bad : {"", "1", "1,", ",1", "1,2,3,4", "1,x", "nan,1", "1,inf", "1;2", "1 m"})
+        EXPECT_FALSE(units.Place(bad)) << bad;
+    EXPECT_EQ(units.Place("-1500,2e3,7000"), (Vec3d{98.5, 2, 7}));
+    EXPECT_EQ(units.Place("-1500,2m"), (Vec3d{98.5, 2, 0}));
+    EXPECT_EQ(units.Way("2500,1m"), (Vec3d{2.5, 1, 0}));
+    EXPECT_FALSE(units.Angle("90 m"));
+    EXPECT_EQ(units.PlaceText({98.5, 2, 7}), "-1500.000, 2000.000, 7000.000");
 }
 
 class ZvdEdit : public ::testing::Test {
@@ -77,6 +92,30 @@ save
         RunZvd(m_folder.Path(), "info --json --entity 1 " + Quote(m_folder / "plan.zvd")).out;
     EXPECT_NE(entity.find("Anna Lee"), std::string::npos) << entity;
     EXPECT_NE(entity.find("My plots"), std::string::npos) << entity;
+}
+
+TEST_F(ZvdEdit, ReadsAndMeasuresInUnits) {
+    const ZvdRun run = Edit(R"(add polygon 0,0 40m,0 40,0.03km 0,30 / 10,10 20,10 20,18 10,18
+add polyline 0,0 30,40
+measure all
+distance 0,0 0,10
+units ft
+add polyline 0,0 "10'6\",0"
+list last
+undo
+count near:0,0,1
+count near:50ft,50ft,1in
+undo
+distance 0,0 0,10
+add point 1,parsec
+)");
+    EXPECT_EQ(run.code, 1);
+    for (const char* text :
+         {"3: 2 entities, length 226.000 m, area 1120.000 m\u00B2, extent 0.000, 0.000 to 40.000, 40.000 (",
+          "4: 10.000 m towards 90.00 degrees", "7: 3 Line on 0, length 10.500 ft, at 5.250, 0.000, 0.000",
+          "9: 2\n", "10: 0\n", "12: 10.000 m towards"})
+        EXPECT_NE(run.out.find(text), std::string::npos) << text << " in\n" << run.out;
+    EXPECT_NE(run.err.find("'1,parsec' is no point"), std::string::npos) << run.err;
 }
 
 TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {

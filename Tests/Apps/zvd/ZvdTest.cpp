@@ -277,5 +277,12 @@ TEST_F(Zvd, DemoProvesThatTheReloadedWorldEqualsTheFirst) {
     const Json entity = Json::parse(Run("info --json --entity 1 " + Q("world.zvd")).out, nullptr, false);
     EXPECT_TRUE(entity[0]["attributes"].contains("name"));
     EXPECT_GE(entity[0]["details"].size(), 4u);
+    const Json there =
+        Json::parse(Run("info --json --at 0,0 --within 30ft " + Q("world.zvd")).out, nullptr, false);
+    EXPECT_TRUE(there.is_array());
+    const Json info = Json::parse(Run("info --json --units km " + Q("world.zvd")).out, nullptr, false);
+    const std::string length = info["measures"].back()["length"];
+    EXPECT_GT(std::stod(length), 1000);
+    EXPECT_TRUE(length.ends_with(" km")) << length;
 }
 #endif
