@@ -245,12 +245,18 @@ ZV_STRING(49005, UndoIsOffQuestion,
           "increase this value?")
 ZV_STRING(49006, UndoneVerb, "Undo %s\n")
 ZV_STRING(49007, RedoneVerb, "Redo %s\n")
+ZV_STRING(49008, VerbFailed, "The operation '%s' failed and was taken back.")
+ZV_STRING(49009, VerbFailedHalfWay,
+          "The operation '%s' failed half way. The undo information was discarded; check the drawing and save it "
+          "under another name.")
 ZV_STRING(49010, UndoAdvice,
           "The operation '%s' needs %d KB to be undone, more than the %d KB that undo information may take. It "
           "can be undone, but nothing before it.")
 ZV_STRING(49011, UndoAdviceKeep, "Keep it")
 ZV_STRING(49012, UndoAdvicePurge, "Discard the undo information")
 ZV_STRING(49013, UndoAdviceConfigure, "Change the amount of memory for undo information...")
+ZV_STRING(49014, RolledBackInPart,
+          "The operation could be taken back in part only: its first steps have left the undo information.")
 ZV_STRING(49020, CreatedOnHiddenLayers, "%d objects were created on layers that are not visible.\n")
 ZV_STRING(49021, CreatedTransparent,
           "The object created has a transparent pen and will not be visible unless selected\n")

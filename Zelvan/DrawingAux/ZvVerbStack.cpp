@@ -52,23 +52,39 @@ int ZvVerbStack::NextSequence() {
     return m_sequence;
 }
 
-/// What a verb throws ends here: it may have done half of its work, so the history no longer holds.
-bool ZvVerbStack::RunVerb(ZvVerb& verb, Step step) {
+/// What a verb throws ends here, reported.
+ZvVerbStack::Outcome ZvVerbStack::RunVerb(ZvVerb& verb, Step step) {
     try {
         if (step == Step::Do)
             verb.Do();
         else if (step == Step::Undo)
             verb.Undo();
         else
-            return verb.IsRedoable() && verb.Redo();
-        return true;
+            return verb.IsRedoable() && verb.Redo() ? Outcome::Done : Outcome::Refused;
+        return Outcome::Done;
     } catch (const std::bad_alloc&) {
         ZvErrors::Report(ZvErrorCode::OutOfMemory, "ZvVerbStack.RunVerb");
     } catch (const std::exception& failure) {
         ZvErrors::Fatal(std::string("ZvVerbStack.RunVerb: ") + failure.what());
     }
-    m_purgePending = true;
-    return false;
+    return Outcome::Failed;
+}
+
+/// Undoes what a verb did before it failed. Where that fails, too, nobody knows what it left behind, and no other verb
+/// can be trusted to find what it needs: the history ends.
+bool ZvVerbStack::TakeBackFailed(ZvVerb& verb) {
+    const bool takenBack = RunVerb(verb, Step::Undo) == Outcome::Done;
+    verb.RestoreSelection();
+    if (!takenBack) {
+        Tell(WithName(ZvStr::VerbFailedHalfWay, verb));
+        m_purgePending = true;
+    }
+    return takenBack;
+}
+
+void ZvVerbStack::Tell(const XStringW& text) const {
+    if (IZvHost* host = m_drawing.Host())
+        host->Tell(text);
 }
 
 void ZvVerbStack::Measure(Slot& slot) {
@@ -89,8 +105,8 @@ int ZvVerbStack::DoVerb(ZvVerb* raw) {
     {
         const Busy busy(*this);
         DoVerbInternal(std::move(verb));
-        if (const ZvVerb* kept = FindSequence(sequence); kept && kept->IsUndoRequested())
-            (void)UndoTop();
+        if (const ZvVerb* kept = FindSequence(sequence); kept && kept->IsUndoRequested() && !m_purgePending)
+            (void)UndoNewest();
     }
     RunPending();
     return FindSequence(sequence) ? sequence : 0;
@@ -109,38 +125,45 @@ void ZvVerbStack::DoVerbInternal(std::unique_ptr<ZvVerb> owned) {
     PurgeAfterPosition();
     if (verb.ChangesDrawing())
         m_drawing.SetModified();
-    Trim(verb.MemUsage());
+    Trim(verb.MemUsage(), 1);
     m_verbs.push_back({std::move(owned), 0});
     ++m_position;
     Measure(m_verbs.back());
     Repaint(verb);
     const uint32_t changes = verb.Entities().ChangeCount();
-    (void)RunVerb(verb, Step::Do);
+    const bool failed = RunVerb(verb, Step::Do) == Outcome::Failed;
+    const bool takenBack = failed && TakeBackFailed(verb);
     if (verb.Entities().ChangeCount() != changes)
         verb.UpdateLayersUsed();
     Repaint(verb);
     Measure(m_verbs.back());
-    if (Budget() == 0)
+    if (takenBack) {
+        Tell(WithName(ZvStr::VerbFailed, verb));
+        --m_position;
+        PurgeAfterPosition();
+    } else if (Budget() == 0) {
         PurgeAll();
-    else
+    } else {
+        Trim(0, 0); // some verbs know only now what they hold
         AdviseIfTooLarge(verb);
+    }
     if (log)
         ZvLog::Printf(ZvLog::Level::Info, "took %.3f ms\n",
                       1000 * (m_drawing.Clock().MonotonicSeconds() - start));
 }
 
-/// Makes room for that many bytes and one verb: the oldest go first, done ones only.
-void ZvVerbStack::Trim(size_t incoming) {
+/// Makes room for `verbs` more that hold `bytes`: the oldest go first, done ones only. With none to come the newest
+/// stays.
+void ZvVerbStack::Trim(size_t bytes, size_t verbs) {
     const int64_t budget = Budget(), most = MaxVerbs();
+    const size_t kept = verbs ? 0 : 1;
     if (budget == 0)
         return;
-    while (m_position >= 1 && (int64_t(m_bytes + incoming) > budget || int64_t(m_verbs.size()) + 1 > most)) {
-        --m_position;
+    while (m_position > kept &&
+           (int64_t(m_bytes + bytes) > budget || int64_t(m_verbs.size() + verbs) > most)) {
         m_verbs.front().verb->FlushDone();
-        m_bytes -= m_verbs.front().bytes;
-        m_verbs.pop_front();
-        for (Section& section : m_sections)
-            section.start -= section.start > 0;
+        NoteLoss(0);
+        Drop(0);
     }
 }
 
@@ -148,7 +171,7 @@ void ZvVerbStack::Trim(size_t incoming) {
 void ZvVerbStack::AdviseIfTooLarge(const ZvVerb& verb) {
     const int64_t budget = Budget();
     IZvHost* host = m_drawing.Host();
-    if (!host || int64_t(m_bytes) <= budget || m_position != 1 || verb.IsExemptFromBudget())
+    if (!host || int64_t(m_bytes) <= budget || verb.IsExemptFromBudget())
         return;
     ZvChoice choice;
     choice.text = XStringW::Format(ZvStrings::Get(ZvStr::UndoAdvice), verb.GetName().ToUtf8().c_str(),
@@ -189,8 +212,7 @@ bool ZvVerbStack::MayUndo() {
     });
     if (!barred)
         return true;
-    if (IZvHost* host = m_drawing.Host())
-        host->Tell(ZvStrings::GetW(ZvStr::UndoStopsHere));
+    Tell(ZvStrings::GetW(ZvStr::UndoStopsHere));
     return false;
 }
 
@@ -211,37 +233,48 @@ bool ZvVerbStack::Undo() {
         RefuseEmptyUndo();
         return false;
     }
-    const ZvVerb& verb = *m_verbs[m_position - 1].verb;
-    bool quiet = false;
-    if (!verb.IsUndoable(&quiet)) {
-        if (IZvHost* host = m_drawing.Host(); host && !quiet)
-            host->Tell(ZvStrings::GetW(ZvStr::CannotUndo));
-        PurgeUndo();
-        return false;
-    }
     bool undone = false;
     {
         const Busy busy(*this);
-        undone = UndoTop();
-        if (undone && m_drawing.Host())
-            m_drawing.Prompt(WithName(ZvStr::UndoneVerb, verb));
+        undone = UndoNewest();
     }
     RunPending();
     return undone;
 }
 
+/// The verb below the current position; one that refuses ends the history.
+bool ZvVerbStack::UndoNewest() {
+    const ZvVerb& verb = *m_verbs[m_position - 1].verb;
+    bool quiet = false;
+    if (!verb.IsUndoable(&quiet)) {
+        if (!quiet)
+            Tell(ZvStrings::GetW(ZvStr::CannotUndo));
+        m_purgePending = true;
+        return false;
+    }
+    const bool undone = UndoTop();
+    if (undone && m_drawing.Host())
+        m_drawing.Prompt(WithName(ZvStr::UndoneVerb, verb));
+    return undone;
+}
+
+/// Without asking the verb, and without a word to the user unless it fails, which ends the history.
 bool ZvVerbStack::UndoTop() {
     Slot& slot = m_verbs[m_position - 1];
     ZvVerb& verb = *slot.verb;
     m_drawing.MakeCurrentDrawing();
     Repaint(verb);
-    const bool undone = RunVerb(verb, Step::Undo);
+    const bool undone = RunVerb(verb, Step::Undo) == Outcome::Done;
     verb.RestoreSelection();
     Repaint(verb);
     if (verb.ChangesDrawing())
         m_drawing.SetModified();
     Measure(slot);
     --m_position;
+    if (!undone) {
+        Tell(WithName(ZvStr::VerbFailedHalfWay, verb));
+        m_purgePending = true;
+    }
     return undone;
 }
 
@@ -250,36 +283,41 @@ bool ZvVerbStack::Redo() {
         ZvErrors::Fatal("ZvVerbStack.Redo: called while a verb runs");
         return false;
     }
-    IZvHost* host = m_drawing.Host();
     if (m_position == m_verbs.size()) {
-        if (host)
-            host->Tell(ZvStrings::GetW(ZvStr::NothingToRedo));
+        Tell(ZvStrings::GetW(ZvStr::NothingToRedo));
         return false;
     }
     bool done = false;
     {
         const Busy busy(*this);
-        Slot& slot = m_verbs[m_position];
-        ZvVerb& verb = *slot.verb;
-        m_drawing.MakeCurrentDrawing();
-        Repaint(verb);
-        done = RunVerb(verb, Step::Redo);
-        Repaint(verb);
-        Measure(slot);
-        if (done) {
-            if (verb.ChangesDrawing())
-                m_drawing.SetModified();
-            if (host)
-                m_drawing.Prompt(WithName(ZvStr::RedoneVerb, verb));
-            ++m_position;
-        } else {
-            if (host)
-                host->Tell(WithName(ZvStr::CannotRedo, verb));
-            PurgeAfterPosition();
-        }
+        done = RedoNext();
     }
     RunPending();
     return done;
+}
+
+/// The verb at the current position; those above a failure go with it.
+bool ZvVerbStack::RedoNext() {
+    Slot& slot = m_verbs[m_position];
+    ZvVerb& verb = *slot.verb;
+    m_drawing.MakeCurrentDrawing();
+    Repaint(verb);
+    const Outcome outcome = RunVerb(verb, Step::Redo);
+    if (outcome == Outcome::Failed)
+        (void)TakeBackFailed(verb);
+    Repaint(verb);
+    Measure(slot);
+    if (outcome != Outcome::Done) {
+        Tell(WithName(ZvStr::CannotRedo, verb));
+        PurgeAfterPosition();
+        return false;
+    }
+    if (verb.ChangesDrawing())
+        m_drawing.SetModified();
+    if (m_drawing.Host())
+        m_drawing.Prompt(WithName(ZvStr::RedoneVerb, verb));
+    ++m_position;
+    return true;
 }
 
 // --- sections ---------------------------------------------------------------------------------------------
@@ -306,32 +344,33 @@ bool ZvVerbStack::VerbEndSection(int id, int flags) {
         ZvErrors::Report(ZvErrorCode::UnknownSection, "ZvVerbStack.VerbEndSection");
         return false;
     }
-    const size_t start = section->start;
+    const Section ended = *section;
     m_sections.erase(section);
-    return !(flags & kSectionRollBack) || RollBack(start);
+    return !(flags & kSectionRollBack) || RollBack(ended);
 }
 
-/// Undoes the verbs from `start` on, without a word to the user, and forgets them.
-bool ZvVerbStack::RollBack(size_t start) {
-    bool undoable = true;
+/// Undoes the verbs of the section, without a word to the user while all goes well, and forgets them.
+bool ZvVerbStack::RollBack(const Section& section) {
+    bool undone = true;
     {
         const Busy busy(*this);
-        while (undoable && m_position > start) {
-            undoable = m_verbs[m_position - 1].verb->IsUndoable();
-            if (undoable)
-                (void)UndoTop();
+        while (undone && m_position > section.start) {
+            if (m_verbs[m_position - 1].verb->IsUndoable()) {
+                undone = UndoTop();
+                continue;
+            }
+            Tell(ZvStrings::GetW(ZvStr::CannotUndo));
+            m_purgePending = true;
+            undone = false;
         }
-        if (undoable)
+        if (undone)
             PurgeAfterPosition();
         ClampSections();
     }
-    if (!undoable) {
-        if (IZvHost* host = m_drawing.Host())
-            host->Tell(ZvStrings::GetW(ZvStr::CannotUndo));
-        PurgeUndo();
-    }
     RunPending();
-    return undoable;
+    if (undone && section.hasLost)
+        Tell(ZvStrings::GetW(ZvStr::RolledBackInPart));
+    return undone && !section.hasLost;
 }
 
 /// Sections that began above the current position begin there now.

@@ -13,6 +13,7 @@ class ZvDrawing;
 class ZvEntity;
 class ZvLayer;
 class ZvVerb;
+class XStringW;
 
 /// Runs the verbs of a drawing and keeps the done ones for undo and redo, within a memory budget.
 ///
@@ -35,7 +36,8 @@ public:
     ZvVerbStack& operator=(const ZvVerbStack&) = delete;
 
     /// Takes the verb over. Answers its sequence number, 0 when the stack was busy or the verb did not stay
-    /// on it. Verbs that were undone can no longer be redone afterwards. A null verb answers 0.
+    /// on it. Verbs that were undone can no longer be redone afterwards. A null verb answers 0. A verb that throws is
+    /// taken back and forgotten; should that fail as well, the history ends. The user is told.
     int DoVerb(ZvVerb* verb);
     /// Both tell the user why when there is nothing to do.
     bool Undo();
@@ -44,8 +46,9 @@ public:
     // --- sections: a command's verbs ------------------------------------------------------------------------
     /// Id of the section, 0 while busy. What was undone before can no longer be redone. They nest.
     int VerbBeginSection(int value = 0);
-    /// False while busy, for a section that is not open (error 42), and when a verb of a section to roll back
-    /// cannot be undone, which ends the history.
+    /// False while busy, for a section that is not open (error 42), and when a section cannot be rolled back whole:
+    /// a verb of it cannot be undone, which ends the history, or has left the stack for the budget or by a purge.
+    /// What can be taken back is, and the user is told.
     bool VerbEndSection(int id, int flags = 0);
     int OpenSections() const { return int(m_sections.size()); }
 
@@ -55,7 +58,8 @@ public:
     /// Forget the verbs that use the layer, or one of the entities. Null is ignored.
     void PurgeUndoForLayer(ZvLayer* layer);
     void PurgeUndoForEntities(const ZvSelection* entities);
-    /// Removes entities from the drawing for good: no verb remembers them afterwards.
+    /// Removes entities from the drawing for good: no verb remembers them afterwards, and verbs that did nothing else
+    /// leave the stack.
     void DeleteEntitiesClean(const ZvSelection* entities);
     void DeleteEntityClean(ZvEntity* entity);
     /// Whether the entity waits for its clean deletion.
@@ -89,6 +93,7 @@ public:
 private:
     class Busy;
     enum class Step { Do, Undo, Redo };
+    enum class Outcome { Done, Refused, Failed }; ///< failed: half way, by an exception
     struct Slot {
         std::unique_ptr<ZvVerb> verb;
         size_t bytes = 0;
@@ -97,18 +102,25 @@ private:
         int id = 0;
         size_t start = 0; ///< current position when it began
         int value = 0;
+        bool hasLost = false; ///< done verbs of its own were forgotten: it cannot be rolled back whole
     };
 
     void DoVerbInternal(std::unique_ptr<ZvVerb> verb);
-    bool RunVerb(ZvVerb& verb, Step step);
+    Outcome RunVerb(ZvVerb& verb, Step step);
+    bool TakeBackFailed(ZvVerb& verb);
+    void Tell(const XStringW& text) const;
+    bool UndoNewest();
     bool UndoTop();
+    bool RedoNext();
     bool MayUndo();
     void RefuseEmptyUndo();
-    bool RollBack(size_t start);
+    bool RollBack(const Section& section);
     void Measure(Slot& slot);
-    void Trim(size_t incoming);
+    void Trim(size_t bytes, size_t verbs);
     void AdviseIfTooLarge(const ZvVerb& verb);
     void Drop(size_t index);
+    void NoteLoss(size_t index);
+    void ForgetEmptied(const std::vector<size_t>& emptied);
     void PurgeAfterPosition();
     void PurgeAll();
     void PurgeSpecial();

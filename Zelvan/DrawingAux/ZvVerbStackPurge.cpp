@@ -85,12 +85,15 @@ void ZvVerbStack::PurgeAfterPosition() {
         m_bytes -= m_verbs.back().bytes;
         m_verbs.pop_back();
     }
+    ClampSections();
 }
 
 void ZvVerbStack::PurgeAll() {
     m_purgePending = m_specialPending = false;
     m_pendingLayers.clear();
     m_pendingEntities.Clear();
+    for (Section& section : m_sections)
+        section.hasLost |= section.start < m_position;
     PurgeAfterPosition();
     for (const Slot& slot : m_verbs)
         slot.verb->FlushDone();
@@ -112,8 +115,10 @@ void ZvVerbStack::PurgeSpecial() {
     for (auto index = going.rbegin(); index != going.rend() && *index >= m_position; ++index)
         m_verbs[*index].verb->FlushNeverDone();
     for (size_t index : going)
-        if (index < m_position)
+        if (index < m_position) {
             m_verbs[index].verb->FlushDone();
+            NoteLoss(index);
+        }
     for (auto index = going.rbegin(); index != going.rend(); ++index)
         Drop(*index);
     m_held.clear();
@@ -123,6 +128,13 @@ void ZvVerbStack::PurgeSpecial() {
     ClampSections();
 }
 
+/// Of a done verb that is about to be forgotten.
+void ZvVerbStack::NoteLoss(size_t index) {
+    for (Section& section : m_sections)
+        section.hasLost |= section.start <= index;
+}
+
+/// The verb has been flushed, or holds nothing.
 void ZvVerbStack::Drop(size_t index) {
     m_bytes -= m_verbs[index].bytes;
     m_verbs.erase(m_verbs.begin() + ptrdiff_t(index));
@@ -131,15 +143,27 @@ void ZvVerbStack::Drop(size_t index) {
         section.start -= index < section.start;
 }
 
+/// Verbs, ascending, that held nothing but deleted entities: they would be steps at which nothing happens.
+void ZvVerbStack::ForgetEmptied(const std::vector<size_t>& emptied) {
+    for (auto index = emptied.rbegin(); index != emptied.rend(); ++index)
+        Drop(*index);
+}
+
 /// No verb and no selection may name the entities once they are gone: names are given out again.
 void ZvVerbStack::DeletePending() {
     const ZvSelection done = m_deleteFromDone, neverDone = m_deleteFromNeverDone;
     m_deleteFromDone.Clear();
     m_deleteFromNeverDone.Clear();
+    std::vector<size_t> emptied;
     for (size_t i = 0; i < m_verbs.size(); ++i) {
-        m_verbs[i].verb->RemoveFromSet(i < m_position ? done : neverDone);
+        ZvVerb& verb = *m_verbs[i].verb;
+        const bool didNothing = verb.IsNullOp();
+        verb.RemoveFromSet(i < m_position ? done : neverDone);
         Measure(m_verbs[i]);
+        if (!didNothing && verb.IsNullOp())
+            emptied.push_back(i);
     }
+    ForgetEmptied(emptied);
     ZvSelection all = done;
     all.Insert(neverDone);
     ZvSelection rest = m_drawing.CurrentSelection();

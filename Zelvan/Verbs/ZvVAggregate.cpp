@@ -37,24 +37,24 @@ void ZvVAggregate::VerifySanity() {
 void ZvVAggregate::Do() {
     VerifySanity();
     SetSequence(Sequence());
-    for (const auto& child : m_children)
-        child->Do();
+    for (m_done = 0; m_done < m_children.size();)
+        m_children[m_done++]->Do();
     UpdateLayersUsed();
 }
 
 void ZvVAggregate::Undo() {
-    for (auto child = m_children.rbegin(); child != m_children.rend(); ++child)
-        (*child)->Undo();
+    while (m_done > 0)
+        m_children[--m_done]->Undo();
 }
 
 bool ZvVAggregate::Redo() {
-    for (size_t done = 0; done < m_children.size(); ++done) {
-        if (m_children[done]->IsRedoable() && m_children[done]->Redo())
+    for (m_done = 0; m_done < m_children.size();) {
+        ZvVerb& child = *m_children[m_done++];
+        if (child.IsRedoable() && child.Redo())
             continue;
-        while (done-- > 0) {
-            m_children[done]->Undo();
-            m_children[done]->RestoreSelection();
-        }
+        --m_done; // it has left everything as it was
+        Undo();
+        RestoreSelection();
         return false;
     }
     return true;

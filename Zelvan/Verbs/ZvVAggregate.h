@@ -49,4 +49,6 @@ protected:
 
 private:
     std::vector<std::unique_ptr<ZvVerb>> m_children;
+    size_t m_done =
+        0; ///< children that are done, from the first on; one that failed by an exception is counted
 };

@@ -8,11 +8,12 @@ ZvVChangeSS::ZvVChangeSS(const ZvSelection& selection)
 }
 
 bool ZvVChangeSS::IsNullOp() const {
-    return Drawing() && Drawing()->CurrentSelection().Equals(Entities());
+    return Drawing() && (m_wasDone ? m_former : Drawing()->CurrentSelection()).Equals(Entities());
 }
 
 void ZvVChangeSS::Do() {
     m_former = Drawing()->CurrentSelection();
+    m_wasDone = true;
     Drawing()->ChangeSelection(Entities());
 }
 

@@ -18,4 +18,5 @@ public:
 
 private:
     ZvSelection m_former;
+    bool m_wasDone = false;
 };

@@ -98,10 +98,15 @@ void ZvVConvert::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     size_t kept = 0;
     for (size_t i = 0; i < m_from.size(); ++i)
-        if (!leaving.Contains(ZvName(m_from[i])) && !leaving.Contains(ZvName(m_to[i]))) {
-            m_from[kept] = m_from[i];
-            m_to[kept++] = m_to[i];
+        if (Entities().Contains(ZvName(m_from[i])) || Entities().Contains(ZvName(m_to[i]))) {
+            m_from[kept] = leaving.Contains(ZvName(m_from[i])) ? 0 : m_from[i];
+            m_to[kept++] = leaving.Contains(ZvName(m_to[i])) ? 0 : m_to[i];
         }
     m_from.resize(kept);
     m_to.resize(kept);
+    m_erasedBytes = 0;
+    for (const std::vector<uint32_t>* names : {&m_from, &m_to})
+        for (const uint32_t name : *names)
+            if (const ZvEntity* entity = Drawing()->GetEntity(ZvName(name)); entity && entity->IsErased())
+                m_erasedBytes += entity->MemUsage();
 }

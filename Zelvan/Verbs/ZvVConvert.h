@@ -35,7 +35,8 @@ private:
     void FlushUni(bool done);
     void InsertWaiting();
 
-    std::vector<uint32_t> m_from, m_to; ///< parallel; 0 in m_to: waits for insertion
+    /// Parallel. 0 in m_to before Do: waits for insertion; 0 in either after it: deleted for good.
+    std::vector<uint32_t> m_from, m_to;
     std::vector<std::unique_ptr<ZvEntity>> m_waiting;
     size_t m_erasedBytes = 0;
 };

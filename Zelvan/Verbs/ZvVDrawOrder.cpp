@@ -80,6 +80,15 @@ void ZvVDrawOrder::Restore(const Orders& orders) const {
         }
 }
 
+void ZvVDrawOrder::RemoveFromSet(const ZvSelection& leaving) {
+    ZvVerb::RemoveFromSet(leaving);
+    for (Orders* orders : {&m_original, &m_modified})
+        for (std::vector<uint32_t>& names : *orders)
+            std::erase_if(names, [&](uint32_t name) { return leaving.Contains(ZvName(name)); });
+    if (leaving.Contains(ZvName(m_relativeTo)))
+        m_relativeTo = 0;
+}
+
 XStringW ZvVDrawOrder::DefaultName() const {
     return ZvStrings::GetW(ZvStr::VerbDrawOrder);
 }

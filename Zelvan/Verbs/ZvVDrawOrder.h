@@ -26,6 +26,7 @@ public:
     bool IsNullOp() const override;
     void Do() override;
     void Undo() override;
+    void RemoveFromSet(const ZvSelection& leaving) override;
 
 private:
     /// Names in the order of drawing, one run a node.

@@ -4,6 +4,7 @@
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
+#include <algorithm>
 #include <bit>
 #include <map>
 
@@ -80,10 +81,9 @@ ZvEntityState ZvVEntTiny::Changed(ZvEntityState state) const {
 }
 
 bool ZvVEntTiny::IsNullOp() const {
-    for (const ZvEntityState& state : m_states)
-        if (Changed(state) != state)
-            return false;
-    return true;
+    return Entities().IsEmpty() ||
+           std::all_of(m_states.begin(), m_states.end(),
+                       [this](const ZvEntityState& state) { return Changed(state) == state; });
 }
 
 void ZvVEntTiny::Apply(const std::vector<ZvEntityState>& states, const char* context) {

@@ -24,6 +24,8 @@ ZvLayer* ZvVMoveToLayer::FindLayer(uint32_t id) const {
 }
 
 bool ZvVMoveToLayer::IsNullOp() const {
+    if (!m_former.empty())
+        return false;
     for (int i = 0; i < Entities().Count(); ++i) {
         const ZvEntity* entity = Entities().GetEntityQuiet(i);
         const ZvLayer* layer = entity ? entity->GetLayer() : nullptr;

@@ -36,7 +36,7 @@ bool ZvVRecordErase::Add(const ZvTableRecord& record) {
     for (const Entry& entry : m_entries)
         if (entry.key.tableCode == key.tableCode && entry.key.id == key.id)
             return false;
-    m_entries.push_back({key, {}, false});
+    m_entries.push_back({key, {}});
     return true;
 }
 
@@ -48,10 +48,11 @@ void ZvVRecordErase::Do() {
         ZvTableRecord* record = entry.key.Find(*Drawing());
         if (!record)
             continue;
-        entry.before = ZvRecordState(*record);
-        EraseContents(*record);
         ZvTable& table = *record->GetTable();
+        entry.before = ZvRecordState(*record);
         entry.wasCurrent = table.GetCurrent() == record;
+        entry.isErased = true;
+        EraseContents(*record);
         record->SetErased(true);
         record->SetName(u"~" + record->GetGuid().ToString());
         if (entry.wasCurrent)
@@ -161,6 +162,8 @@ void ZvVRecordErase::DropCurrentReferences(ZvNativeDesc& desc) {
 
 void ZvVRecordErase::Undo() {
     for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry) {
+        if (!std::exchange(entry->isErased, false))
+            continue;
         ZvTableRecord* record = entry->key.Find(*Drawing());
         if (!record) {
             ZvErrors::Report(ZvErrorCode::VerbRecordGone, "ZvVRecordErase.Undo");
@@ -196,6 +199,8 @@ void ZvVRecordErase::FlushDone() {
 
 void ZvVRecordErase::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
+    if (m_erasedBytes)
+        m_erasedBytes = MemUsageOf(Entities());
     m_referrers.Remove(leaving);
 }
 
@@ -204,7 +209,7 @@ XStringW ZvVRecordErase::DefaultName() const {
 }
 
 size_t ZvVRecordErase::MemUsage() const {
-    size_t bytes = ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) +
+    size_t bytes = ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) + m_erasedBytes +
                    m_entries.capacity() * sizeof(Entry) + m_referrers.MemUsage() +
                    m_referringRecords.capacity() * sizeof(m_referringRecords[0]);
     for (const Entry& entry : m_entries)

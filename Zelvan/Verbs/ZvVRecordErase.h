@@ -35,6 +35,7 @@ private:
         ZvRecordKey key;
         ZvRecordState before;
         bool wasCurrent = false;
+        bool isErased = false;
     };
     void EraseContents(ZvTableRecord& record);
     void DropReferences();

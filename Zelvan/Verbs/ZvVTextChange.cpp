@@ -5,6 +5,7 @@
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
+#include <algorithm>
 
 namespace {
 
@@ -58,8 +59,10 @@ bool ZvVTextChange::AddRecord(const ZvTableRecord& record, const std::string& pr
 
 void ZvVTextChange::Do() {
     m_originals.Clear();
-    for (Change& change : m_changes)
+    for (m_made = 0; m_made < m_changes.size(); ++m_made) {
+        Change& change = m_changes[m_made];
         std::visit([&](auto& where) { Make(where, change.text); }, change.where);
+    }
 }
 
 void ZvVTextChange::Make(const OfEntity& where, const XStringW& text) {
@@ -93,8 +96,8 @@ void ZvVTextChange::Make(OfRecord& where, const XStringW& text) {
 }
 
 void ZvVTextChange::Undo() {
-    for (auto change = m_changes.rbegin(); change != m_changes.rend(); ++change)
-        std::visit([&](const auto& where) { TakeBack(where); }, change->where);
+    for (; m_made > 0; --m_made)
+        std::visit([&](const auto& where) { TakeBack(where); }, m_changes[m_made - 1].where);
     m_originals.Restore(*Drawing(), "ZvVTextChange.Undo");
 }
 
@@ -124,6 +127,7 @@ void ZvVTextChange::RemoveFromSet(const ZvSelection& leaving) {
         return (entity && leaving.Contains(ZvName(entity->name))) ||
                (attribute && leaving.Contains(ZvName(attribute->name)));
     });
+    m_made = std::min(m_made, m_changes.size()); // between operations all are made or none
 }
 
 XStringW ZvVTextChange::DefaultName() const {

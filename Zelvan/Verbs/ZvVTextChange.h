@@ -53,5 +53,6 @@ private:
     void TakeBack(const OfRecord& where);
 
     std::vector<Change> m_changes;
+    size_t m_made = 0; ///< how many of them, from the first on
     ZvOriginals m_originals;
 };

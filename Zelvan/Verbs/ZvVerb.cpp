@@ -227,7 +227,8 @@ void ZvVerb::SwapInSelection(const std::vector<uint32_t>& from, const std::vecto
     ZvSelection next(m_drawing);
     for (uint32_t name : current.Names()) {
         const auto heir = heirs.find(name);
-        next.Insert(ZvName(heir == heirs.end() ? name : heir->second));
+        if (const ZvName now(heir == heirs.end() ? name : heir->second); !now.IsNull())
+            next.Insert(now);
     }
     ChangeQuietly(*m_drawing, next);
 }
@@ -261,7 +262,7 @@ size_t ZvVerb::SetErased(const std::vector<uint32_t>& names, bool erased, const 
         if (ZvEntity* entity = m_drawing->GetEntity(ZvName(name))) {
             entity->SetErased(erased);
             bytes += entity->MemUsage();
-        } else {
+        } else if (name) {
             ZvErrors::Report(ZvErrorCode::VerbEntityGone, context);
         }
     return bytes;

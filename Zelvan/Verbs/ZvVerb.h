@@ -71,6 +71,7 @@ public:
     virtual bool ChangesDrawing() const { return true; }
     /// Nothing would change.
     virtual bool IsNullOp() const { return false; }
+    /// One that cannot go through with it throws; Undo then takes back what was done so far.
     virtual void Do() {}
     virtual void Undo() {}
     /// `quiet`, when given, is set to true where the user need not be told why not.
@@ -128,7 +129,8 @@ protected:
     /// Takes the entities out of the drawing's current selection, which is noted for RestoreSelection when
     /// `note` and it changes.
     void LeaveSelection(const ZvSelection& leaving, bool note);
-    /// Members of the current selection that stand in `from` give way to those at the same place in `to`.
+    /// Members of the current selection that stand in `from` give way to those at the same place in `to`,
+    /// and leave where that is 0.
     void SwapInSelection(const std::vector<uint32_t>& from, const std::vector<uint32_t>& to);
     /// Deletes those of the entities that nothing can bring back: erased, and not held by another verb that
     /// stays on the stack.
@@ -136,7 +138,7 @@ protected:
     /// False, error 10043 reported with the context, when one of the entities is gone.
     bool AllExist(const std::vector<uint32_t>& names, const char* context) const;
     /// Sets or clears the erased flag; answers the bytes that the entities hold. Those that are gone are
-    /// reported (10043) and left out.
+    /// reported (10043) and left out; 0 names none.
     size_t SetErased(const std::vector<uint32_t>& names, bool erased, const char* context) const;
     static size_t MemUsageOf(const ZvSelection& entities);
     void AddLayerUsed(ZvLayer* layer);

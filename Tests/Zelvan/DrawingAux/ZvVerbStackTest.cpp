@@ -27,9 +27,15 @@ protected:
             if (onDo)
                 onDo(*this);
         }
-        void Undo() override { log.push_back("-" + id); }
+        void Undo() override {
+            log.push_back("-" + id);
+            if (onUndo)
+                onUndo();
+        }
         bool Redo() override {
             log.push_back("r" + id);
+            if (onRedo)
+                onRedo();
             return redoable;
         }
         bool IsUndoable(bool* quiet) const override {
@@ -43,6 +49,7 @@ protected:
         std::string id;
         size_t bytes;
         std::function<void(Logged&)> onDo;
+        std::function<void()> onUndo, onRedo;
         bool redoable = true, undoable = true, changes = true;
     };
     Logged* Verb(const char* id, size_t memory = 0) { return new Logged(log, id, memory); }
@@ -124,6 +131,11 @@ TEST_F(ZvVerbStackTest, BudgetDropsTheOldestAndKeepsTheNewest) {
     EXPECT_EQ(stack.StackSize(), 2);
     EXPECT_EQ(stack.MemUsage(), 80u);
     EXPECT_EQ(stack.Position(), 2);
+    Logged* growing = Verb("growing", 10);
+    growing->onDo = [](Logged& self) { self.bytes = 90; };
+    drawing.DoVerb(growing);
+    EXPECT_EQ(stack.StackSize(), 1) << "what it holds is known when it is done";
+    EXPECT_EQ(stack.MemUsage(), 90u);
     EXPECT_NE(drawing.DoVerb(Verb("huge", 5000)), 0);
     EXPECT_EQ(stack.StackSize(), 1);
     EXPECT_TRUE(stack.Undo());
@@ -154,6 +166,13 @@ TEST_F(ZvVerbStackTest, VerbMayAskToBeUndoneAtOnce) {
     EXPECT_EQ(drawing.DoVerb(a), 1);
     EXPECT_EQ(TakeLog(), (Log{"+a", "-a"}));
     EXPECT_TRUE(stack.CanRedo());
+    EXPECT_EQ(host.Printed(), u"Undo a\n");
+    Logged* b = Verb("b");
+    b->onDo = [](Logged& self) { self.RequestUndo(); };
+    b->undoable = false;
+    EXPECT_EQ(drawing.DoVerb(b), 0);
+    EXPECT_EQ(LastQuestion(), u"The previous operation cannot be undone");
+    EXPECT_EQ(TakeLog(), (Log{"never a", "~a", "+b", "done b", "~b"}));
 }
 
 TEST_F(ZvVerbStackTest, OnlyVerbsThatChangeTheDrawingMakeItDirty) {
@@ -204,8 +223,20 @@ TEST_F(ZvVerbStackTest, SectionsFollowWhatIsDroppedBelowThem) {
         drawing.DoVerb(Verb(id));
     EXPECT_EQ(stack.StackSize(), 3);
     TakeLog();
-    EXPECT_TRUE(stack.VerbEndSection(section, ZvVerbStack::kSectionRollBack));
+    EXPECT_FALSE(stack.VerbEndSection(section, ZvVerbStack::kSectionRollBack))
+        << "c cannot be undone any more";
+    EXPECT_EQ(LastQuestion(),
+              u"The operation could be taken back in part only: its first steps have left the undo "
+              u"information.");
     EXPECT_EQ(TakeLog(), (Log{"-f", "-e", "-d", "never f", "~f", "never e", "~e", "never d", "~d"}));
+    EXPECT_EQ(stack.StackSize(), 0);
+
+    // Undone below its start, a section begins where the next verb finds itself.
+    drawing.DoVerb(Verb("a"));
+    const int open = stack.VerbBeginSection();
+    EXPECT_TRUE(stack.Undo());
+    drawing.DoVerb(Verb("b"));
+    EXPECT_TRUE(stack.VerbEndSection(open, ZvVerbStack::kSectionRollBack));
     EXPECT_EQ(stack.StackSize(), 0);
 
     drawing.DoVerb(Verb("kept"));
@@ -324,15 +355,40 @@ TEST_F(ZvVerbStackTest, AdviceIsGivenForAVerbThatAloneIsTooLarge) {
     EXPECT_EQ(stack.StackSize(), 0);
 }
 
-TEST_F(ZvVerbStackTest, VerbThatThrowsEndsTheHistoryOnly) {
+TEST_F(ZvVerbStackTest, VerbThatThrowsIsTakenBackOrEndsTheHistory) {
+    const auto fail = [] { throw std::runtime_error("no more"); };
+    const ZvErrorCapture errors;
     drawing.DoVerb(Verb("a"));
     Logged* b = Verb("b");
-    b->onDo = [](Logged&) { throw std::runtime_error("no more"); };
-    const ZvErrorCapture errors;
+    b->onDo = [&](Logged&) { fail(); };
+    TakeLog();
     EXPECT_EQ(drawing.DoVerb(b), 0);
     EXPECT_TRUE(errors.HasText("no more"));
+    EXPECT_EQ(LastQuestion(), u"The operation 'b' failed and was taken back.");
+    EXPECT_EQ(TakeLog(), (Log{"+b", "-b", "never b", "~b"}));
     EXPECT_FALSE(stack.IsBusy());
+
+    Logged* c = Verb("c");
+    drawing.DoVerb(c);
+    stack.Undo();
+    c->onRedo = fail;
+    TakeLog();
+    EXPECT_FALSE(stack.Redo());
+    EXPECT_EQ(LastQuestion(), u"The operation 'c' cannot be redone.");
+    EXPECT_EQ(TakeLog(), (Log{"rc", "-c", "never c", "~c"}));
+    EXPECT_TRUE(stack.CanUndo()) << "a is untouched";
+
+    const int section = stack.VerbBeginSection();
+    drawing.DoVerb(Verb("d"));
+    Logged* e = Verb("e");
+    e->onUndo = fail;
+    drawing.DoVerb(e);
+    EXPECT_FALSE(stack.VerbEndSection(section, ZvVerbStack::kSectionRollBack));
+    EXPECT_NE(LastQuestion().ToUtf8().find("The operation 'e' failed half way."), std::string::npos);
     EXPECT_EQ(stack.StackSize(), 0);
+    EXPECT_EQ(stack.MemUsage(), 0u);
+    EXPECT_EQ(stack.OpenSections(), 0);
+    EXPECT_NE(drawing.DoVerb(Verb("f")), 0) << "a new history begins";
 }
 
 TEST(ZvUndoSettings, BudgetStaysWithinBounds) {
