@@ -84,6 +84,20 @@ std::optional<Vec3d> DrawingUnits::Place(std::string_view word) const {
     return user ? std::optional<Vec3d>(ToWorld(*user)) : std::nullopt;
 }
 
+std::vector<Vec2d> DrawingUnits::Places(std::string_view word) const {
+    std::vector<Vec2d> places;
+    for (size_t at = 0; at <= word.size();) {
+        const size_t end =
+            std::min(word.find(',', std::min(word.find(',', at), word.size() - 1) + 1), word.size());
+        const std::optional<Vec3d> place = Place(word.substr(at, end - at));
+        if (!place)
+            return {};
+        places.push_back(place->XY());
+        at = end + 1;
+    }
+    return places;
+}
+
 std::optional<Vec3d> DrawingUnits::Way(std::string_view word) const {
     const std::optional<Vec3d> place = Place(word);
     return place ? std::optional<Vec3d>(*place - ToWorld({})) : std::nullopt;

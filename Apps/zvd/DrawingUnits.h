@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class ZvDrawing;
 class ZvEntity;
@@ -27,6 +28,8 @@ public:
     // --- reading: plain numbers are user units, a unit may stand behind each (2.5km, 10'6''); nothing for what does not parse
     /// "X,Y" or "X,Y,Z" to a place in the world.
     std::optional<Vec3d> Place(std::string_view word) const;
+    /// "X,Y,X,Y ..." to places in the plane; empty for what does not parse.
+    std::vector<Vec2d> Places(std::string_view word) const;
     /// The same to a way in the world, whatever the UCS record's origin is.
     std::optional<Vec3d> Way(std::string_view word) const;
     /// To world units.
@@ -43,6 +46,8 @@ public:
     std::string AngleText(double radians) const;
     /// "X, Y to X, Y (W unit x H unit)" or "empty".
     std::string ExtentText(const ZvBounds3D& bounds) const;
+    /// World units of a length on the ground.
+    double FromMeters(double meters) const { return meters * m_units.WorldUnitsPerMeter(); }
     /// What a place looks like, for who wrote none.
     std::string PlaceHint() const;
 

@@ -8,29 +8,23 @@
 
 // Lines of an edit script that have to do with units: entities by place, the unit itself, and what is measured.
 
-namespace {
-
-/// Where the n-th comma stands; npos when there are fewer.
-size_t Comma(const std::string& text, int n) {
-    size_t at = text.find(',');
-    while (--n > 0 && at != std::string::npos)
-        at = text.find(',', at + 1);
-    return at;
+bool EditSession::ResolveBox(const std::string& box, bool crossing, ZvSelection& found,
+                             EditOutcome& outcome) const {
+    const std::vector<Vec2d> corners = DrawingUnits(m_drawing).Places(box);
+    if (corners.size() != 2)
+        return Refuse(outcome, "write box:X0,Y0,X1,Y1 or crossing:X0,Y0,X1,Y1 with four numbers");
+    ZvBounds2D window;
+    window.ExpandToFit(corners[0]);
+    window.ExpandToFit(corners[1]);
+    m_drawing.SelectRect(window, crossing, found);
+    return true;
 }
 
-} // namespace
-
-bool EditSession::ResolveBox(const std::string& box, ZvSelection& found, EditOutcome& outcome) const {
-    const DrawingUnits units(m_drawing);
-    const size_t middle = Comma(box, 2);
-    const auto a = units.Place(box.substr(0, middle));
-    const auto b = units.Place(middle == std::string::npos ? "" : box.substr(middle + 1));
-    if (!a || !b || Comma(box, 4) != std::string::npos)
-        return Refuse(outcome, "write box:X0,Y0,X1,Y1 with four numbers");
-    ZvBounds2D window;
-    window.ExpandToFit(a->XY());
-    window.ExpandToFit(b->XY());
-    m_drawing.SelectRect(window, false, found);
+bool EditSession::ResolveOutline(const std::string& outline, ZvSelection& found, EditOutcome& outcome) const {
+    const std::vector<Vec2d> corners = DrawingUnits(m_drawing).Places(outline);
+    if (corners.size() < 3)
+        return Refuse(outcome, "write outline:X,Y,X,Y,X,Y with three corners or more");
+    m_drawing.SelectClipper(corners, false, found);
     return true;
 }
 

@@ -43,9 +43,10 @@ std::string EditSession::Help() {
     std::string text;
     for (const Command& command : kCommands)
         text += std::string("  ") + command.usage + "\n";
-    return text +
-           "WHAT: all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, near:X,Y,RADIUS, or names of entities: "
-           "17,20-25\n";
+    return text + "WHAT: all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, crossing:X0,Y0,X1,Y1, "
+                  "outline:X,Y,X,Y,X,Y, "
+                  "near:X,Y,RADIUS, or names of entities: "
+                  "17,20-25\n";
 }
 
 EditOutcome EditSession::Run(const EditLine& line) {
@@ -100,7 +101,13 @@ bool EditSession::Resolve(const std::string& what, ZvSelection& found, EditOutco
             return true;
         });
     } else if (names("box:")) {
-        if (!ResolveBox(what.substr(4), found, outcome))
+        if (!ResolveBox(what.substr(4), false, found, outcome))
+            return false;
+    } else if (names("crossing:")) {
+        if (!ResolveBox(what.substr(9), true, found, outcome))
+            return false;
+    } else if (names("outline:")) {
+        if (!ResolveOutline(what.substr(8), found, outcome))
             return false;
     } else if (names("near:")) {
         if (!ResolveNear(what.substr(5), found, outcome))
@@ -131,9 +138,10 @@ bool EditSession::ResolveNames(const std::string& what, ZvSelection& found, Edit
         const auto first = EditLine::Whole(range.substr(0, dash));
         const auto last = dash == std::string_view::npos ? first : EditLine::Whole(range.substr(dash + 1));
         if (!first || !last || *last < *first || *last > 0xFFFFFFFF || *last - *first > 10'000'000)
-            return Refuse(outcome, "'" + what +
-                                       "' is none of all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, " +
-                                       "near:X,Y,RADIUS, or names such as 17,20-25");
+            return Refuse(outcome,
+                          "'" + what + "' is none of all, selected, last, layer:NAME, box:X0,Y0,X1,Y1, " +
+                              "crossing:X0,Y0,X1,Y1, outline:X,Y,X,Y,X,Y, near:X,Y,RADIUS, or names such "
+                              "as 17,20-25");
         for (uint64_t name = *first; name <= *last; ++name)
             found.InsertIfExists(ZvName(uint32_t(name)));
         at = comma + 1;

@@ -69,13 +69,14 @@ private:
     bool DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome& outcome);
     bool Transform(const std::string& what, const Mat4d& xform, EditOutcome& outcome);
     bool EditLayer(ZvLayer& layer, const EditLine& line, EditOutcome& outcome);
-    /// The entities that a word means: "all", "selected", "last", "layer:NAME", "box:x0,y0,x1,y1", "near:x,y,radius", or
-    /// names "17,20-25".
+    /// The entities that a word means: "all", "selected", "last", "layer:NAME", "box:x0,y0,x1,y1", "crossing:" the same,
+    /// "outline:x,y,x,y,x,y", "near:x,y,radius", or names "17,20-25".
     bool Resolve(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
     /// The same; false when that is none.
     bool ResolveSome(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
     bool ResolveNames(const std::string& what, ZvSelection& found, EditOutcome& outcome) const;
-    bool ResolveBox(const std::string& box, ZvSelection& found, EditOutcome& outcome) const;
+    bool ResolveBox(const std::string& box, bool crossing, ZvSelection& found, EditOutcome& outcome) const;
+    bool ResolveOutline(const std::string& outline, ZvSelection& found, EditOutcome& outcome) const;
     bool ResolveNear(const std::string& place, ZvSelection& found, EditOutcome& outcome) const;
     ZvLayer* FindLayer(const std::string& name, EditOutcome& outcome) const;
     bool Steps(const EditLine& line, bool undo, EditOutcome& outcome);

@@ -1,4 +1,5 @@
 #include "Apps/zvd/Picture.h"
+#include "Apps/zvd/DrawingUnits.h"
 #include "Zelvan/RenC/ZvFrameRenderer.h"
 #include "Zelvan/RenC/ZvPngWriter.h"
 #include "Zelvan/RenC/ZvRasterSurface.h"
@@ -24,6 +25,8 @@ namespace {
 constexpr int kLargestSide = 30000;
 constexpr double kMargin = 0.02;
 constexpr int kPaperDpi = 300;
+
+using Units = ZvUnits;
 
 bool LayerWanted(const PictureOptions& options, const ZvLayer& layer) {
     if (options.layers.empty())
@@ -151,7 +154,9 @@ ExitCode DrawPage(const Console& console, ZvDrawing& drawing, const fs::path& fi
     Frame frame =
         FitFrame(extent, int(std::lround(page.widthMm * perMm)), int(std::lround(page.heightMm * perMm)));
     if (pdf && options.scale > 0)
-        frame.worldWidth = drawing.MetersToWorld(page.widthMm / 1000 * options.scale);
+        frame.worldWidth = DrawingUnits(drawing).FromMeters(
+            options.scale *
+            Units::ConvertDistance(Units::Preset::Millimeters, Units::Preset::Meters, page.widthMm));
     const auto document =
         pdf ? ZvQtDocument::CreatePdf(file, page, why) : ZvQtDocument::CreateSvg(file, page, why);
     if (!document)

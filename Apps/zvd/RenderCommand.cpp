@@ -1,5 +1,6 @@
 #include "Apps/zvd/Command.h"
 #include "Apps/zvd/DrawingFile.h"
+#include "Apps/zvd/DrawingUnits.h"
 #include "Apps/zvd/Picture.h"
 #include "ZvCore/Platform/Platform.h"
 #include <CLI/CLI.hpp>
@@ -11,7 +12,7 @@
 namespace {
 
 struct RenderArguments {
-    std::string in, out, size, extent, layers, background = "white", scale, paper;
+    std::string in, out, size, extent, around, within, layers, background = "white", scale, paper;
     bool noAntialias = false;
 };
 
@@ -30,15 +31,10 @@ std::string ParseOptions(const RenderArguments& arguments, PictureOptions& optio
         return "--size takes WIDTH or WIDTHxHEIGHT in pixels, not '" + arguments.size + "'";
     if (options.width < 1 || options.width > 30000 || options.height < 0 || options.height > 30000)
         return "--size: sides go from 1 to 30000 pixels";
-    if (!arguments.extent.empty()) {
-        double v[4];
-        if (std::sscanf(arguments.extent.c_str(), "%lf,%lf,%lf,%lf%c", &v[0], &v[1], &v[2], &v[3], &rest) !=
-                4 ||
-            !(v[2] > v[0]) || !(v[3] > v[1]) || v[0] < -kZvBoundsLimit || v[1] < -kZvBoundsLimit ||
-            v[2] > kZvBoundsLimit || v[3] > kZvBoundsLimit)
-            return "--extent takes MINX,MINY,MAXX,MAXY, not '" + arguments.extent + "'";
-        options.extent.Set(v[0], v[1], v[2], v[3]);
-    }
+    if (arguments.around.empty() != arguments.within.empty())
+        return "--around and --within belong together: --around 8,47 --within 20km";
+    if (!arguments.around.empty() && !arguments.extent.empty())
+        return "--around and --extent exclude each other";
     for (size_t at = 0; at < arguments.layers.size();) {
         const size_t end = std::min(arguments.layers.find(',', at), arguments.layers.size());
         options.layers.push_back(arguments.layers.substr(at, end - at));
@@ -57,6 +53,28 @@ std::string ParseOptions(const RenderArguments& arguments, PictureOptions& optio
     return {};
 }
 
+// What the picture is to show, in the drawing's units; the reason of a refusal, empty when it makes sense.
+std::string ParseExtent(const RenderArguments& arguments, const ZvDrawing& drawing, ZvBounds2D& extent) {
+    const DrawingUnits units(drawing);
+    if (!arguments.extent.empty()) {
+        const std::vector<Vec2d> corners = units.Places(arguments.extent);
+        const bool right = corners.size() == 2 && corners[1].x > corners[0].x && corners[1].y > corners[0].y;
+        if (right)
+            extent.Set(corners[0].x, corners[0].y, corners[1].x, corners[1].y);
+        if (!right || !ZvBounds2D::SuperBounds().IsInsideMe(extent))
+            return "--extent takes MINX,MINY,MAXX,MAXY, not '" + arguments.extent + "'";
+    }
+    if (!arguments.around.empty()) {
+        const auto center = units.Place(arguments.around);
+        const auto within = units.Distance(arguments.within);
+        if (!center || !within || !(*within > 0))
+            return "--around takes X,Y and --within a distance, not '" + arguments.around + "' and '" +
+                   arguments.within + "'";
+        extent.Set(center->x - *within, center->y - *within, center->x + *within, center->y + *within);
+    }
+    return {};
+}
+
 ExitCode RunRender(const Console& console, const RenderArguments& arguments) {
     PictureOptions options;
     if (const std::string why = ParseOptions(arguments, options); !why.empty())
@@ -66,6 +84,8 @@ ExitCode RunRender(const Console& console, const RenderArguments& arguments) {
         code != ExitCode::Ok)
         return code;
     console.ShowErrors(loaded.errors);
+    if (const std::string why = ParseExtent(arguments, *loaded.drawing, options.extent); !why.empty())
+        return console.Fail(ExitCode::Usage, why);
     PictureReport report;
     if (const ExitCode code =
             RenderPicture(console, *loaded.drawing, ZvPlatform::PathFromUtf8(arguments.out), options, report);
@@ -100,7 +120,9 @@ void AddRenderCommand(CLI::App& app, CommandRun& run) {
     command->add_option("OUT", arguments->out, "Picture; its extension tells the kind")->required();
     command->add_option("--size", arguments->size, "WIDTHxHEIGHT in pixels, or the width alone (1920)");
     command->add_option("--extent", arguments->extent,
-                        "MINX,MINY,MAXX,MAXY in world units (everything visible)");
+                        "MINX,MINY,MAXX,MAXY in the drawing's unit (everything visible)");
+    command->add_option("--around", arguments->around, "X,Y in the middle of the picture");
+    command->add_option("--within", arguments->within, "How far it reaches around that: 20km, 300ft");
     command->add_option("--layers", arguments->layers, "Only these layers, separated by commas");
     command->add_option("--background", arguments->background, "Colour behind everything")
         ->capture_default_str();

@@ -105,6 +105,8 @@ list last
 undo
 count near:0,0,1
 count near:50ft,50ft,1in
+count outline:-1m,-1m,20m,-1m,20m,50m,-1m,50m
+count crossing:20m,20m,21m,21m
 undo
 distance 0,0 0,10
 add point 1,parsec
@@ -113,7 +115,7 @@ add point 1,parsec
     for (const char* text :
          {"3: 2 entities, length 226.000 m, area 1120.000 m\u00B2, extent 0.000, 0.000 to 40.000, 40.000 (",
           "4: 10.000 m towards 90.00 degrees", "7: 3 Line on 0, length 10.500 ft, at 5.250, 0.000, 0.000",
-          "9: 2\n", "10: 0\n", "12: 10.000 m towards"})
+          "9: 2\n", "10: 0\n", "11: 0\n", "12: 1\n", "14: 10.000 m towards"})
         EXPECT_NE(run.out.find(text), std::string::npos) << text << " in\n" << run.out;
     EXPECT_NE(run.err.find("'1,parsec' is no point"), std::string::npos) << run.err;
 }

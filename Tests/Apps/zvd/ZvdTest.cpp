@@ -82,6 +82,8 @@ TEST_F(Zvd, EveryRefusalIsOneLineWithItsCodeAndTouchesNothing) {
         {"render " + good + " " + Q("out.png") + " --extent 1,1,0,0", 2},
         {"info --entity 999999 " + good, 2},
         {"render " + good + " " + Q("out.png") + " --extent 0,0,inf,1", 2},
+        {"render " + good + " " + Q("out.png") + " --around 0,0", 2},
+        {"render " + good + " " + Q("out.png") + " --around 0,0 --within 0m", 2},
         {"render " + good + " " + Q("out.png") + " --layers nosuch", 2},
         {"check " + Q("folder"), 3},
 #ifndef _WIN32
@@ -208,6 +210,10 @@ TEST_F(Zvd, PicturesAreWrittenInTheirFormat) {
     const Json report = Json::parse(png.out, nullptr, false);
     EXPECT_EQ(report["width"], 640);
     EXPECT_GT(report["entitiesDrawn"].get<int>() + report["nodesBelowPixel"].get<int>(), 0);
+    const ZvdRun part =
+        Run("render --json " + Q("map.zvd") + " " + Q("part.png") + " --around 0,0 --within 50km");
+    const Json partReport = Json::parse(part.out, nullptr, false);
+    EXPECT_LT(partReport["entitiesDrawn"], report["entitiesDrawn"]);
 #ifndef _WIN32
     ASSERT_EQ(Run("render " + Q("map.zvd") + " " + Q("map.pdf") + " --paper A3 --scale 1:5000000").code, 0);
     EXPECT_EQ(ReadFile(In("map.pdf")).substr(0, 5), "%PDF-");
