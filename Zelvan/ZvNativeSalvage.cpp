@@ -1,5 +1,7 @@
 #include "Zelvan/ZvNativeSalvage.h"
+#include "Zelvan/Tables/ZvBlockTable.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLayoutTable.h"
 #include "Zelvan/Tables/ZvTableCodes.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeCheck.h"
@@ -7,6 +9,7 @@
 #include "Zelvan/ZvNativeSalvageScan.h"
 #include "ZvCore/ZvErrors.h"
 #include <map>
+#include <tuple>
 
 namespace {
 
@@ -25,19 +28,67 @@ Zv::Status Load(ZvDrawing& drawing, ZvCore::IFile& file, bool verify, const ZvNa
     return status;
 }
 
-/// The layers of the drawing with what the search knows of each, by name.
-void TellLayers(ZvDrawing& drawing, const std::map<std::string, ZvNativeSalvage::Layer>& found,
-                Result& result) {
-    const ZvLayerTable& table = *drawing.LayerTable();
+/// What the search knows of each layer and block, by layout, table and name.
+using Known = std::map<std::tuple<std::string, uint32_t, std::string>, ZvNativeSalvage::Layer>;
+
+constexpr uint32_t kLayers = ZvTableCode::Full(ZvTableCode::Layer);
+constexpr uint32_t kBlocks = ZvTableCode::Full(ZvTableCode::Block);
+
+struct RecordName {
+    std::string name;
+    bool doubtful = false;
+};
+
+std::map<int32_t, RecordName> NamesOf(const ZvSalvaged::Table& table) {
+    std::map<int32_t, RecordName> names;
+    for (const ZvSalvaged::Records& group : table.groups)
+        ZvSalvaged::ForEachRecord(group, [&](const uint8_t* bytes, size_t length) {
+            ZvSalvaged::RecordHead head;
+            if (ZvSalvaged::ParseRecord(bytes, length, head))
+                names.try_emplace(head.index, RecordName{head.name, group.doubtful});
+        });
+    return names;
+}
+
+void Know(const ZvSalvaged::Section& section, const std::string& sheet, Known& known) {
+    for (const auto& table : section.tables) {
+        std::map<int32_t, RecordName> names = NamesOf(*table);
+        for (const auto& contents : table->contents) {
+            const RecordName& record = names[contents->index];
+            if (contents->section)
+                Know(*contents->section, record.name, known);
+            if (table->code != kLayers && table->code != kBlocks)
+                continue;
+            ZvNativeSalvage::Layer& layer = known[{sheet, table->code, record.name}];
+            layer.renamed = !contents->substitute.empty();
+            layer.doubtfulName = record.doubtful && !layer.renamed;
+            layer.stated += contents->stated;
+            for (const ZvSalvaged::Records& list : contents->lists) {
+                layer.read += list.count;
+                layer.doubtful += list.doubtful ? list.count : 0;
+            }
+        }
+    }
+}
+
+/// The layers (or blocks) of a table of the drawing with what the search knows of each.
+template <class Table>
+void Tell(const Table& table, uint32_t code, const std::string& sheet, const Known& known, Result& result) {
     for (int i = 0; i < table.Count(); ++i) {
-        const ZvLayer* layer = table.Get(i);
-        if (layer->IsErased())
+        if (table.Get(i)->IsErased())
             continue;
         ZvNativeSalvage::Layer told;
-        told.name = layer->GetName().ToUtf8();
-        if (const auto known = found.find(told.name); known != found.end())
-            told = known->second;
-        told.saved = layer->EntityCount();
+        const std::string name = table.Get(i)->GetName().ToUtf8();
+        if (const auto found = known.find({sheet, code, name}); found != known.end())
+            told = found->second;
+        told.saved = table.Get(i)->EntityCount();
+        if (told.read < told.saved) { // under a name that the file does not have
+            told.renamed = !result.wasSound;
+            told.read = told.saved;
+        }
+        told.name = name;
+        told.sheet = sheet;
+        told.isBlock = code == kBlocks;
         if (result.wasSound)
             told.stated = told.read = told.saved;
         result.recordsFound += told.read;
@@ -46,31 +97,12 @@ void TellLayers(ZvDrawing& drawing, const std::map<std::string, ZvNativeSalvage:
     }
 }
 
-std::map<std::string, ZvNativeSalvage::Layer> LayersOf(ZvSalvaged::Section& section) {
-    std::map<std::string, ZvNativeSalvage::Layer> layers;
-    const ZvSalvaged::Table* table = section.Find(ZvTableCode::Full(ZvTableCode::Layer));
-    if (!table)
-        return layers;
-    std::map<int32_t, std::string> names;
-    ForEachRecord(*table, [&](const uint8_t* bytes, size_t length) {
-        int32_t index = 0;
-        uint32_t id = 0;
-        std::string name;
-        if (ZvSalvaged::ParseRecord(bytes, length, index, id, name))
-            names.emplace(index, name);
-    });
-    for (const auto& contents : table->contents) {
-        const std::string& name = names[contents->index];
-        ZvNativeSalvage::Layer& layer = layers[name];
-        layer.name = name;
-        layer.renamed = !contents->substitute.empty();
-        layer.stated += contents->stated;
-        for (const ZvSalvaged::Records& list : contents->lists) {
-            layer.read += list.count;
-            layer.doubtful += list.doubtful ? list.count : 0;
-        }
-    }
-    return layers;
+void TellLayers(ZvDrawing& drawing, const Known& known, Result& result) {
+    Tell(*drawing.LayerTable(), kLayers, {}, known, result);
+    Tell(*drawing.BlockTable(), kBlocks, {}, known, result);
+    for (const ZvLayout* layout : drawing.LayoutTable()->GetOrdered())
+        if (layout->Drawing())
+            Tell(*layout->Drawing()->LayerTable(), kLayers, layout->GetName().ToUtf8(), known, result);
 }
 
 bool HoldsAnything(const ZvSalvaged::Section& section) {
@@ -100,8 +132,11 @@ Result Search(ZvCore::IFile& file, ZvDrawing& drawing, const ZvNativeSalvage::Op
     }
     if (!HoldsAnything(found.section))
         return result;
+    AssignHeadless(found.section);
+    SettleNames(found.section);
     NameTheNameless(found.section);
-    const auto layers = LayersOf(found.section);
+    Known known;
+    Know(found.section, {}, known);
     const std::vector<uint8_t> rebuilt = Assemble(found);
     found.section.tables.clear();
     const auto view = ZvCore::MemFile::OverView(rebuilt.data(), rebuilt.size());
@@ -111,7 +146,7 @@ Result Search(ZvCore::IFile& file, ZvDrawing& drawing, const ZvNativeSalvage::Op
         result.status = status;
         return result;
     }
-    TellLayers(drawing, layers, result);
+    TellLayers(drawing, known, result);
     result.status = Zv::Status::Success;
     return result;
 }

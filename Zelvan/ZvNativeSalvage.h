@@ -24,13 +24,17 @@ public:
         uint64_t length = 0;
         uint64_t records = 0; ///< of objects that were found in it nevertheless
     };
+    /// A layer, or the objects that a block is made of.
     struct Layer {
-        std::string name;      ///< as in the drawing
-        bool renamed = false;  ///< its own name is lost
-        uint64_t stated = 0;   ///< objects by the file; 0 when that is lost, too
-        uint64_t read = 0;     ///< records found for it, be they readable or not
-        uint64_t doubtful = 0; ///< of these: from blocks that are damaged or that nothing vouches for
-        uint64_t saved = 0;    ///< objects that it has in the drawing
+        std::string name;  ///< as in the drawing
+        std::string sheet; ///< the layout that it belongs to; empty for the drawing's own
+        bool isBlock = false;
+        bool renamed = false;      ///< its own name is lost
+        bool doubtfulName = false; ///< its record was in a damaged block
+        uint64_t stated = 0;       ///< objects by the file; 0 when that is lost, too
+        uint64_t read = 0;         ///< records found for it, be they readable or not
+        uint64_t doubtful = 0;     ///< of these: from blocks that are damaged or that nothing vouches for
+        uint64_t saved = 0;        ///< objects that it has in the drawing
         uint64_t Lost() const { return stated > saved ? stated - saved : 0; }
     };
     struct Result {
@@ -43,8 +47,9 @@ public:
         uint64_t recordsFound = 0;  ///< of objects, on the layers told below
         uint64_t saved = 0;         ///< objects that these layers have in the drawing
         std::vector<Stretch> damage;
-        std::vector<Layer> layers; ///< in the order of the drawing's table
-        IOErrorSet errors;         ///< what the loading of the pieces told
+        std::vector<Layer>
+            layers; ///< in the order of the drawing's table, then its blocks, then those of its layouts
+        IOErrorSet errors; ///< what the loading of the pieces told
     };
     /// Into a drawing that is empty. The stream is only read, and stays where it was.
     static Result Run(ZvCore::IFile& file, ZvDrawing& drawing, const Options& options);

@@ -1,11 +1,10 @@
 #include "Zelvan/ZvNativeSalvageModel.h"
 #include "Zelvan/Tables/ZvTableCodes.h"
 #include "Zelvan/ZvNativeFile.h"
+#include "Zelvan/ZvNativeRecordKinds.h"
 #include "Zelvan/ZvServer.h"
-#include "ZvCore/Guid.h"
 #include <algorithm>
 #include <cstring>
-#include <set>
 
 namespace ZvSalvaged {
 
@@ -121,7 +120,7 @@ uint64_t EntitiesOf(const Section& section) {
 void AddSection(Bytes& to, const Section& section) {
     Add(to, uint32_t(16));
     Add(to, uint32_t(section.tables.size()));
-    Add(to, EntitiesOf(section));
+    Add(to, std::max(EntitiesOf(section), section.highestName)); // readers take names as far as that
     for (const auto& table : section.tables)
         AddTable(to, *table);
 }
@@ -142,56 +141,9 @@ Bytes EmptySettings() {
     return {'Z', 'B', 'X', '1', 4, 0, 'r', 'o', 'o', 't', 0, 0, 0, 0, 0, 0, 0, 0};
 }
 
-Bytes NewRecord(int32_t index, uint32_t id, const std::string& name) {
-    Bytes record;
-    Add(record, uint64_t(0));
-    Add(record, index);
-    Add(record, id);
-    Add(record, uint16_t(0));
-    const Guid guid = Guid::New();
-    record.insert(record.end(), guid.bytes.begin(), guid.bytes.end());
-    Add(record, uint8_t(0));
-    Add(record, int32_t(name.size()));
-    record.insert(record.end(), name.begin(), name.end());
-    Patch(record, 0, uint64_t(record.size()));
-    return record;
-}
-
-void NameContentsOf(Table& table) {
-    std::set<int32_t> indices;
-    std::set<std::string> names;
-    int32_t nextIndex = 0;
-    uint32_t nextId = 1;
-    ForEachRecord(table, [&](const uint8_t* bytes, size_t length) {
-        int32_t index = 0;
-        uint32_t id = 0;
-        std::string name;
-        if (!ParseRecord(bytes, length, index, id, name))
-            return;
-        indices.insert(index);
-        names.insert(name);
-        nextIndex = std::max(nextIndex, index < INT32_MAX ? index + 1 : index);
-        nextId = std::max(nextId, id < UINT32_MAX ? id + 1 : id);
-    });
-    for (const auto& contents : table.contents)
-        if (contents->index >= 0)
-            nextIndex = std::max(nextIndex, contents->index < INT32_MAX ? contents->index + 1 : 0);
-    for (int number = 1; const auto& contents : table.contents) {
-        if (contents->index >= 0 && indices.count(contents->index))
-            continue;
-        if (contents->index < 0)
-            contents->index = nextIndex++;
-        do
-            contents->substitute = "Recovered " + std::to_string(number++);
-        while (!names.insert(contents->substitute).second);
-        indices.insert(contents->index);
-        table.groups.push_back({1, NewRecord(contents->index, nextId++, contents->substitute), true});
-    }
-}
-
 } // namespace
 
-Table* Section::Find(uint32_t code) {
+Table* Section::Find(uint32_t code) const {
     for (const auto& table : tables)
         if (table->code == code)
             return table.get();
@@ -206,37 +158,89 @@ Table& Section::Get(uint32_t code) {
     return *tables.back();
 }
 
-bool ParseRecord(const uint8_t* record, size_t length, int32_t& index, uint32_t& id, std::string& name) {
+bool ParseRecord(const uint8_t* record, size_t length, RecordHead& head) {
     uint8_t encoding = 0;
     int32_t characters = 0;
     if (length < kRecordHead + 5)
         return false;
-    std::memcpy(&index, record + 8, 4);
-    std::memcpy(&id, record + 12, 4);
+    std::memcpy(&head.index, record + 8, 4);
+    std::memcpy(&head.id, record + 12, 4);
     std::memcpy(&encoding, record + kRecordHead, 1);
     std::memcpy(&characters, record + kRecordHead + 1, 4);
     if (encoding > 1 || characters < 0 || uint64_t(characters) << encoding > length - kRecordHead - 5)
         return false;
     const uint8_t* text = record + kRecordHead + 5;
+    head.size = kRecordHead + 5 + (size_t(characters) << encoding);
     if (encoding == 0) {
-        name = ZvNativeFile::ReadCharString(reinterpret_cast<const char*>(text), size_t(characters)).ToUtf8();
+        head.name =
+            ZvNativeFile::ReadCharString(reinterpret_cast<const char*>(text), size_t(characters)).ToUtf8();
         return true;
     }
     XStringW wide;
     wide.Str().resize(size_t(characters));
     if (characters > 0)
         std::memcpy(wide.Str().data(), text, size_t(characters) * sizeof(char16_t));
-    name = wide.ToUtf8();
+    head.name = wide.ToUtf8();
     return true;
 }
 
-void NameTheNameless(Section& section) {
-    for (const auto& table : section.tables) {
-        NameContentsOf(*table);
-        for (const auto& contents : table->contents)
-            if (contents->section)
-                NameTheNameless(*contents->section);
+Records RecordsOfGroup(const Bytes& bytes) {
+    Records records;
+    size_t used = 0;
+    bool good = true;
+    ForEachRecord(Records{0, bytes, true}, [&](const uint8_t* record, size_t length) {
+        RecordHead head;
+        good = good && ParseRecord(record, length, head) && head.index >= 0 && head.index < kMostIndex;
+        if (good)
+            used += length, ++records.count;
+    });
+    records.bytes.assign(bytes.begin(), bytes.begin() + ptrdiff_t(used));
+    records.doubtful = used != bytes.size();
+    return records;
+}
+
+void AddFurtherRecords(Records& group, const Bytes& bytes, uint32_t tableCode) {
+    for (size_t at = group.bytes.size(); at + kRecordHead <= bytes.size();) {
+        const uint8_t* record = bytes.data() + at;
+        uint64_t length = 0;
+        RecordHead head;
+        std::memcpy(&length, record, sizeof length);
+        if (length >= kRecordHead && length <= bytes.size() - at &&
+            ParseRecord(record, size_t(length), head) && head.index >= 0 && head.index < kMostIndex &&
+            ZvNativeRecordKinds::HasExactly(tableCode, {record + head.size, size_t(length) - head.size})) {
+            group.bytes.insert(group.bytes.end(), record, record + length);
+            ++group.count;
+            at += size_t(length);
+        } else {
+            ++at;
+        }
     }
+}
+
+bool IsAttributeFields(const Bytes& content) {
+    const auto number = [&](size_t at) {
+        uint64_t value = 0;
+        std::memcpy(&value, content.data() + at, sizeof value);
+        return value;
+    };
+    uint32_t fields = 0;
+    if (content.size() < sizeof fields)
+        return false;
+    std::memcpy(&fields, content.data(), sizeof fields);
+    size_t at = sizeof fields;
+    for (; fields > 0 && at + 8 <= content.size() && number(at) <= content.size() - at - 8; --fields)
+        at += 8 + size_t(number(at));
+    return fields == 0 && at == content.size();
+}
+
+bool BelongsTo(uint32_t tableCode, const Records& group) {
+    bool fits = group.count > 0;
+    ForEachRecord(group, [&](const uint8_t* record, size_t length) {
+        RecordHead head;
+        fits = fits && ParseRecord(record, length, head) &&
+               ZvNativeRecordKinds::HasExactly(tableCode, {record + head.size, length - head.size});
+    });
+    return fits;
 }
 
 Bytes Assemble(const File& found) {

@@ -11,6 +11,9 @@ namespace ZvSalvaged {
 
 using Bytes = std::vector<uint8_t>;
 
+/// Above it an index cannot be a record's.
+inline constexpr int32_t kMostIndex = 1 << 24;
+
 /// Records one behind the other.
 struct Records {
     uint64_t count = 0;
@@ -27,12 +30,15 @@ struct Contents {
     std::vector<Records> lists;
     std::vector<Bytes> attributes;    ///< contents of the attribute blocks, that of the fields first
     std::unique_ptr<Section> section; ///< of a layout's drawing
-    std::string substitute;           ///< the name given when its own is lost
+    /// Lies between the contents of other records without a head of its own: it may be told whose it is.
+    bool Headless() const { return index < 0 && !section; }
+    std::string substitute; ///< the name given when its own is lost
 };
 
 struct Table {
     uint32_t code = 0;
-    Bytes fields; ///< the table's own
+    Bytes fields;        ///< the table's own
+    uint32_t stated = 0; ///< records by its frame; 0 when that is lost
     std::vector<Records> groups;
     std::vector<std::unique_ptr<Contents>> contents;
     Bytes unknownFrame; ///< of a table that the engine does not have: all of it
@@ -40,8 +46,9 @@ struct Table {
 
 struct Section {
     std::vector<std::unique_ptr<Table>> tables;
+    uint64_t highestName = 0; ///< of the objects that are surely its own
     Table& Get(uint32_t code);
-    Table* Find(uint32_t code);
+    Table* Find(uint32_t code) const;
 };
 
 struct File {
@@ -50,28 +57,54 @@ struct File {
     Section section;
 };
 
-/// Index and name of a table's record; false when its head is no record's.
-bool ParseRecord(const uint8_t* record, size_t length, int32_t& index, uint32_t& id, std::string& name);
-/// Calls `each` with the bytes of every record of a table.
+/// What stands in front of the fields of every record of a table.
+struct RecordHead {
+    int32_t index = -1;
+    uint32_t id = 0;
+    std::string name;
+    size_t size = 0; ///< where the fields begin
+};
+/// False when the bytes cannot be a record's.
+bool ParseRecord(const uint8_t* record, size_t length, RecordHead& head);
+/// The number of records that stand one behind the other from the start on, and the bytes that they take.
+Records RecordsOfGroup(const Bytes& bytes);
+/// Behind those that chain from the start, the records that have exactly the fields of that table's.
+void AddFurtherRecords(Records& group, const Bytes& bytes, uint32_t tableCode);
+/// Whether the content of an attribute block names fields; else it holds rows.
+bool IsAttributeFields(const Bytes& content);
+/// Whether every record of the group has exactly the fields of that table's records.
+bool BelongsTo(uint32_t tableCode, const Records& group);
+/// Calls `each` with the bytes of every record of a group, or of a table.
+template <class F>
+void ForEachRecord(const Records& group, F&& each);
 template <class F>
 void ForEachRecord(const Table& table, F&& each);
+/// Contents whose head is lost, or says what cannot be, get the record that the order of records leaves for them.
+void AssignHeadless(Section& section);
+/// A name that may be damaged gives way to the same name of an object that is sound.
+void SettleNames(Section& section);
 /// Records for contents whose record is lost, under names of their own.
 void NameTheNameless(Section& section);
 /// A sound file, stored, that holds what was found.
 Bytes Assemble(const File& found);
 
 template <class F>
+void ForEachRecord(const Records& group, F&& each) {
+    for (size_t at = 0; at + 8 <= group.bytes.size();) {
+        uint64_t length = 0;
+        for (int i = 0; i < 8; ++i)
+            length |= uint64_t(group.bytes[at + size_t(i)]) << (8 * i);
+        if (length < 8 || length > group.bytes.size() - at)
+            break;
+        each(group.bytes.data() + at, size_t(length));
+        at += size_t(length);
+    }
+}
+
+template <class F>
 void ForEachRecord(const Table& table, F&& each) {
     for (const Records& group : table.groups)
-        for (size_t at = 0; at + 8 <= group.bytes.size();) {
-            uint64_t length = 0;
-            for (int i = 0; i < 8; ++i)
-                length |= uint64_t(group.bytes[at + size_t(i)]) << (8 * i);
-            if (length < 8 || length > group.bytes.size() - at)
-                break;
-            each(group.bytes.data() + at, size_t(length));
-            at += size_t(length);
-        }
+        ForEachRecord(group, each);
 }
 
 } // namespace ZvSalvaged

@@ -1,5 +1,6 @@
 #include "Zelvan/Tables/ZvTableCodes.h"
 #include "Zelvan/ZvNativeSalvageScan.h"
+#include "ZvCore/Codec.h"
 #include <algorithm>
 #include <cstring>
 
@@ -15,8 +16,6 @@ constexpr uint64_t kChainHead = 20;
 constexpr uint64_t kAttributesHead = 13; // with the mark in front of it
 constexpr uint64_t kBlockHead = ZvNativeBlockHead::kSize;
 constexpr uint32_t kMostTables = 64;
-constexpr int32_t kMostIndex = 1 << 24;
-constexpr size_t kDeepestSection = 4;
 
 bool IsKnownTable(uint32_t code) {
     return code >> 16 == ZvTableCode::Full(1) >> 16 && (code & 0xFFFF) >= 1 &&
@@ -55,12 +54,10 @@ uint64_t ZvNativeSalvageScan::TableHead(uint64_t at, bool trusted, bool take) {
     const std::optional<Block> block = OpenBlock(at + kFrameHead, !trusted);
     if (!block)
         return 0;
-    if (m_damaged && m_scopes.size() < kDeepestSection && Here().section->Find(code))
-        BeginLayout(-1, ~uint64_t(0)); // of a layout whose beginning is lost, for a table comes once
+    EnterTable(at, uint16_t(code & 0xFFFF));
     Scope& here = Here();
-    here.table = &here.section->Get(code);
-    here.contents = nullptr;
-    here.markAwaited = here.inAttributes = false;
+    here.tableEnd = Original(at) + length;
+    here.table->stated = Load<uint32_t>(m_bytes + at + 12);
     ++(block->sound ? m_result.blocks : m_result.damagedBlocks);
     if (block->sound) {
         here.table->fields = block->content;
@@ -74,52 +71,16 @@ uint64_t ZvNativeSalvageScan::Group(uint64_t at, bool trusted, bool take) {
     if (!Has(at, kGroupHead + kBlockHead) || !HeadMayBeTrue(at + kGroupHead, head) ||
         Load<uint64_t>(m_bytes + at) != kGroupHead + kBlockHead + head.stored)
         return 0;
-    Scope& here = Here();
     const std::optional<Block> block = OpenBlock(at + kGroupHead, !trusted || !take);
     if (!block)
         return 0;
     if (!take)
         return block->end;
-    uint64_t found = 0;
-    // Of a damaged block the records up to where they no longer chain.
-    ZvSalvaged::Bytes bytes = block->content;
-    if (!ZvNativeSalvageRecords::IsTableGroup(bytes.data(), bytes.size(), found)) {
-        ZvSalvaged::Table all;
-        all.groups.push_back({0, bytes, true});
-        size_t used = 0;
-        bool good = true;
-        found = 0;
-        ForEachRecord(all, [&](const uint8_t* record, size_t length) {
-            int32_t index = 0;
-            uint32_t id = 0;
-            std::string name;
-            good = good && ZvSalvaged::ParseRecord(record, length, index, id, name) && index >= 0 &&
-                   index < kMostIndex;
-            if (good)
-                used += length, ++found;
-        });
-        bytes.resize(used);
-    }
     ++(block->sound ? m_result.blocks : m_result.damagedBlocks);
-    if (here.table && found)
-        here.table->groups.push_back({found, std::move(bytes), !block->sound});
-    if (!block->sound || !here.table)
-        NoteDamage(at, std::min(block->end, m_size));
-    return block->sound ? block->end : Next(at + kGroupHead + kBlockHead, block->end);
-}
-
-/// The tables that follow are those of a layout's drawing.
-void ZvNativeSalvageScan::BeginLayout(int32_t index, uint64_t end) {
-    Scope& owner = Here();
-    owner.table = &owner.section->Get(ZvTableCode::Full(ZvTableCode::Layout));
-    owner.table->contents.push_back(std::make_unique<ZvSalvaged::Contents>());
-    owner.contents = owner.table->contents.back().get();
-    owner.contents->index = index;
-    owner.contents->section = std::make_unique<ZvSalvaged::Section>();
-    owner.contentsEnd = end;
-    owner.chainEnd = owner.blocksLeft = 0;
-    owner.markAwaited = owner.inAttributes = false;
-    m_scopes.push_back({owner.contents->section.get()});
+    const bool taken = TakeGroup(at, block->content, block->sound && block->vouched);
+    if (block->sound && taken)
+        return block->end;
+    return Behind(at, at + kGroupHead + kBlockHead, *block);
 }
 
 uint64_t ZvNativeSalvageScan::ContentsHead(uint64_t at, bool take) {
@@ -127,15 +88,13 @@ uint64_t ZvNativeSalvageScan::ContentsHead(uint64_t at, bool take) {
         return 0;
     const auto length = Load<uint64_t>(m_bytes + at);
     const auto index = Load<int32_t>(m_bytes + at + 8);
-    if (length < kContentsHead + kSectionHead || length > m_most || index < 0 || index >= kMostIndex)
+    if (length < kContentsHead + kSectionHead || length > m_most || index < 0 ||
+        index >= ZvSalvaged::kMostIndex)
         return 0;
-    Scope& here = Here();
     const uint64_t held = at + kContentsHead;
     if (SectionHead(held, false)) {
         if (!take)
-            return held;
-        while (m_scopes.size() >= kDeepestSection)
-            m_scopes.pop_back();
+            return held + kSectionHead;
         // Of two layouts one stands behind the other: the first one's drawing has ended.
         if (m_scopes.size() > 1 &&
             (!Here().table || Here().table->code != ZvTableCode::Full(ZvTableCode::Layout)))
@@ -158,19 +117,14 @@ uint64_t ZvNativeSalvageScan::ContentsHead(uint64_t at, bool take) {
         return 0;
     if (!take)
         return held + kChainHead;
-    if (here.table && here.table->code != ZvTableCode::Full(ZvTableCode::Layer) &&
-        here.table->code != ZvTableCode::Full(ZvTableCode::Block))
-        here.table = nullptr;
-    if (!here.table) // the frame that should be around it is lost
-        here.table = &here.section->Get(ZvTableCode::Full(ZvTableCode::Layer));
-    here.table->contents.push_back(std::make_unique<ZvSalvaged::Contents>());
-    here.contents = here.table->contents.back().get();
-    here.contents->index = index;
-    here.inAttributes = false;
+    EnterContents(at, behind == 0 ? ZvTableCode::Block : ZvTableCode::Layer, index);
+    BeginContents(index);
+    Scope& here = Here();
     here.contents->stated = total;
+    here.contentsEnd = Original(at) + length;
     here.chainEnd = Original(held) + chain;
     here.blocksLeft = blocks;
-    here.markAwaited = blocks == 0 && here.table->code == ZvTableCode::Full(ZvTableCode::Layer);
+    here.markAwaited = blocks == 0 && behind > 0;
     return held + kChainHead;
 }
 
@@ -201,71 +155,120 @@ uint64_t ZvNativeSalvageScan::AttributesFrame(uint64_t at, bool trusted, bool ta
         return block->end;
     Scope& here = Here();
     ++(block->sound ? m_result.blocks : m_result.damagedBlocks);
-    if (block->sound && here.contents) {
-        // Rows mean nothing without the fields, which come first.
+    // Rows mean nothing without the fields, which come first; other fields are those of another layer.
+    const bool owned = here.contents && Original(at) < here.contentsEnd;
+    if (block->sound && owned &&
+        ZvSalvaged::IsAttributeFields(block->content) == here.contents->attributes.empty()) {
         here.contents->attributes.push_back(block->content);
         return block->end;
     }
-    if (here.contents && here.contents->attributes.empty())
+    if (!owned || here.contents->attributes.empty())
         here.inAttributes = false;
-    NoteDamage(at, std::min(block->end, m_size));
-    return Next(at + 8 + kBlockHead, block->end);
+    return Behind(at, at + 8 + kBlockHead, *block);
 }
 
-/// A block of the current chain was met.
-void ZvNativeSalvageScan::CountBlock() {
-    Scope& here = Here();
-    if (here.blocksLeft > 0 && --here.blocksLeft == 0)
-        here.markAwaited = here.table && here.table->code == ZvTableCode::Full(ZvTableCode::Layer);
+bool ZvNativeSalvageScan::TakeContent(uint64_t at, const ZvSalvaged::Bytes& content, bool vouched) {
+    ZvSalvaged::Records list;
+    if (m_records->IsList(content.data(), content.size(), list)) {
+        if (m_result.clientsLost)
+            m_records->LearnClients(list);
+        list.doubtful = !vouched;
+        TakeRecords(at, std::move(list));
+        CountBlock();
+        return true;
+    }
+    if (content.size() > 4 && std::memcmp(content.data(), "ZBX1", 4) == 0) {
+        if (m_found->settings.empty())
+            m_found->settings = content;
+        return true;
+    }
+    if (content.size() >= ZvNativeClientRecord::kSize &&
+        Load<uint32_t>(content.data()) == ZvNativeClientRecord::kSize)
+        return true; // they were read first
+    return !Here().contents && !ZvSalvaged::RecordsOfGroup(content).doubtful && TakeGroup(at, content, true);
 }
 
 uint64_t ZvNativeSalvageScan::BareBlock(uint64_t at, bool trusted) {
-    Scope& here = Here();
+    const Scope& here = Here();
     const bool expected = trusted && here.contents && here.blocksLeft > 0;
     const std::optional<Block> block = OpenBlock(at, !expected);
     if (!block)
         return 0;
-    const ZvSalvaged::Bytes& content = block->content;
-    ZvSalvaged::Records list;
-    const bool isList = m_records->IsList(content.data(), content.size(), list);
-    if (block->sound && isList) {
+    if (block->sound && TakeContent(at, block->content, block->vouched)) {
         ++m_result.blocks;
-        TakeRecords(at, std::move(list));
-    } else if (block->sound && content.size() > 4 && std::memcmp(content.data(), "ZBX1", 4) == 0) {
-        ++m_result.blocks;
-        if (m_found->settings.empty())
-            m_found->settings = content;
-    } else if (block->sound && content.size() >= ZvNativeClientRecord::kSize &&
-               Load<uint32_t>(content.data()) == ZvNativeClientRecord::kSize) {
-        ++m_result.blocks; // they were read first
-    } else if (uint64_t count = 0;
-               block->sound && here.table && !here.contents &&
-               ZvNativeSalvageRecords::IsTableGroup(content.data(), content.size(), count)) {
-        ++m_result.blocks;
-        here.table->groups.push_back({count, content, false});
-    } else if (expected) {
-        ++m_result.damagedBlocks;
-        if (block->stored) {
-            const uint64_t behind = Damaged(at + kBlockHead, block->end);
-            CountBlock();
-            return behind;
-        }
-        CountBlock();
-        ZvSalvaged::Records records = m_records->Search(content.data(), content.size());
-        const uint64_t next = Next(at + kBlockHead, block->end);
-        NoteDamage(at, next, records.count);
-        if (records.count > 0)
-            here.contents->lists.push_back(std::move(records));
-        return next;
-    } else if (m_found->settings.empty() && at == m_start && block->sound) { // of an older version
-        ++m_result.blocks;
-        m_found->settings = content;
-    } else {
-        return 0;
+        return block->end;
     }
-    if (isList)
+    if (expected)
+        return DamagedBlock(at, *block);
+    if (m_found->settings.empty() && at == m_start && block->sound) { // of an older version
+        ++m_result.blocks;
+        m_found->settings = block->content;
+        return block->end;
+    }
+    return 0;
+}
+
+uint64_t ZvNativeSalvageScan::Behind(uint64_t at, uint64_t content, const Block& block, uint64_t records) {
+    const uint64_t next = block.sound ? block.end : Next(content, block.end);
+    m_damaged = true;
+    if (next > block.end)
+        records += TakeStretch(m_bytes + block.end, next - block.end, block.end);
+    NoteDamage(at, next, records);
+    return next;
+}
+
+uint64_t ZvNativeSalvageScan::DamagedBlock(uint64_t at, const Block& block) {
+    if (const uint64_t next = HeadlessBlock(at + kBlockHead, true)) {
+        NoteDamage(at, at + kBlockHead);
+        return next;
+    }
+    ++m_result.damagedBlocks;
+    if (block.stored) {
+        const uint64_t next = Damaged(at + kBlockHead, block.end);
         CountBlock();
-    return block->end;
+        return next;
+    }
+    const ZvSalvaged::Bytes& content = block.content;
+    ZvSalvaged::Records records;
+    records.doubtful = true;
+    for (const auto& place : m_records->Search(content.data(), content.size())) {
+        const auto from = content.begin() + ptrdiff_t(place.at);
+        records.bytes.insert(records.bytes.end(), from, from + ptrdiff_t(place.length));
+        ++records.count;
+    }
+    const uint64_t found = records.count;
+    if (found > 0)
+        TakeRecords(at, std::move(records));
+    CountBlock();
+    return Behind(at, at + kBlockHead, block, found);
+}
+
+uint64_t ZvNativeSalvageScan::HeadlessBlock(uint64_t at, bool take) {
+    constexpr uint64_t kSmallest = 8, kMost = uint64_t(1) << 28;
+    if (!Has(at, kSmallest) || (m_bytes[at] & 0x0F) != 8 || (m_bytes[at] << 8 | m_bytes[at + 1]) % 31 != 0)
+        return 0;
+    ZvSalvaged::Bytes content;
+    const uint64_t taken = ZvCore::Codec::InflatePrefix(m_bytes + at, size_t(m_size - at),
+                                                        size_t(std::min(m_effort, kMost)), content);
+    m_effort -= std::min<uint64_t>(m_effort, content.size() + 1);
+    if (!taken || content.size() < kSmallest || (take && !TakeContent(at, content, true)))
+        return 0;
+    m_result.blocks += take;
+    return at + taken;
+}
+
+/// Whether the frame that begins there is one of the engine's own tables under a code that is damaged.
+bool ZvNativeSalvageScan::HoldsKnownRecords(uint64_t at, uint64_t length) {
+    for (uint64_t group = at + kFrameHead; group < at + length; ++group) {
+        if (!Group(group, false, false))
+            continue;
+        const ZvSalvaged::Records records =
+            ZvSalvaged::RecordsOfGroup(OpenBlock(group + kGroupHead, true)->content);
+        for (uint16_t code = 1; code <= ZvTableCode::SelectionVolume; ++code)
+            if (ZvSalvaged::BelongsTo(ZvTableCode::Full(code), records))
+                return true;
+    }
+    return false;
 }
 
 /// A table of a plug-in, which is kept as it is.
@@ -274,10 +277,11 @@ uint64_t ZvNativeSalvageScan::UnknownTable(uint64_t at) {
         return 0;
     const auto length = Load<uint64_t>(m_bytes + at);
     const auto code = Load<uint32_t>(m_bytes + at + 8);
-    if (length < kFrameHead || !Has(at, length) || code >> 16 == 0 || IsKnownTable(code) ||
-        !(at + length == m_size || LooksLikePiece(at + length)))
-        return 0;
     Scope& here = Here();
+    if (length < kFrameHead || !Has(at, length) || code >> 16 == 0 || IsKnownTable(code) ||
+        (here.table && (here.tableEnd == kUnknown || InTable(at))) ||
+        !(at + length == m_size || LooksLikePiece(at + length)) || HoldsKnownRecords(at, length))
+        return 0;
     auto table = std::make_unique<ZvSalvaged::Table>();
     table->code = code;
     table->unknownFrame.assign(m_bytes + at, m_bytes + at + length);

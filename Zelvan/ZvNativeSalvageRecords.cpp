@@ -39,11 +39,18 @@ uint64_t ZvNativeSalvageRecords::MayBegin(const uint8_t* at, uint64_t left, bool
     if (head.length < headSize || head.length > left || !head.Name32(name))
         return 0;
     const auto client = m_clients.find(head.client);
-    if (client == m_clients.end() || (client->second && !ZvNativePayload::Find(head.type)))
+    if (client == m_clients.end())
+        return !strict && m_clientsLost && head.flags >> 31 && !(head.flags & ~kAssignedFlags) ? head.length
+                                                                                               : 0;
+    if (client->second && !ZvNativePayload::Find(head.type))
         return 0;
-    if (strict && (!client->second || (head.flags & ~kAssignedFlags) != 0))
+    if (strict && (head.flags & ~kAssignedFlags) != 0)
         return 0;
     return head.length;
+}
+
+bool ZvNativeSalvageRecords::IsFollowed(const uint8_t* end, uint64_t left) const {
+    return left <= 1 || MayBegin(end, left, true);
 }
 
 bool ZvNativeSalvageRecords::MakesSense(const uint8_t* at, uint64_t length, bool trusted) const {
@@ -51,7 +58,9 @@ bool ZvNativeSalvageRecords::MakesSense(const uint8_t* at, uint64_t length, bool
     uint8_t bytes[ZvNativeRecordHead::kSize] = {};
     std::memcpy(bytes, at, std::min<size_t>(m_header.entityHeadSize, sizeof bytes));
     head.Parse(bytes, m_header.version);
-    const ZvNativePayload* kind = m_clients.at(head.client) ? ZvNativePayload::Find(head.type) : nullptr;
+    const auto client = m_clients.find(head.client);
+    const ZvNativePayload* kind =
+        client != m_clients.end() && client->second ? ZvNativePayload::Find(head.type) : nullptr;
     if (!kind || !kind->check)
         return trusted;
     Counter counter;
@@ -86,9 +95,28 @@ bool ZvNativeSalvageRecords::IsList(const uint8_t* bytes, uint64_t size, ZvSalva
     return true;
 }
 
-ZvSalvaged::Records ZvNativeSalvageRecords::Search(const uint8_t* bytes, uint64_t size) const {
-    ZvSalvaged::Records found;
-    found.doubtful = true;
+uint64_t ZvNativeSalvageRecords::Overrun(const uint8_t* bytes, uint64_t size, uint64_t at, uint64_t length,
+                                         uint64_t& effort) const {
+    const uint64_t end = at + length;
+    for (uint64_t next = at + m_header.entityHeadSize; next < end && effort > 0; ++next, --effort) {
+        uint64_t behind = next;
+        while (behind < end) {
+            const uint64_t step = MayBegin(bytes + behind, size - behind, true);
+            effort -= std::min(effort, step);
+            if (!step ||
+                !MakesSense(bytes + behind, step, IsFollowed(bytes + behind + step, size - behind - step)))
+                break;
+            behind += step;
+        }
+        if (behind > end)
+            return next;
+    }
+    return 0;
+}
+
+std::vector<ZvNativeSalvageRecords::Place> ZvNativeSalvageRecords::Search(const uint8_t* bytes,
+                                                                          uint64_t size) const {
+    std::vector<Place> found;
     uint64_t at = 0;
     if (size >= 8 && !MayBegin(bytes, size, false) && MayBegin(bytes + 8, size - 8, false))
         at = 8; // behind the count of the list
@@ -97,35 +125,30 @@ ZvSalvaged::Records ZvNativeSalvageRecords::Search(const uint8_t* bytes, uint64_
     while (size - at >= m_header.entityHeadSize && effort > 0) {
         const uint64_t length = MayBegin(bytes + at, size - at, !chained);
         effort -= std::min(effort, chained ? 1 : length + 1);
-        const bool follows =
-            length && at + length < size && MayBegin(bytes + at + length, size - at - length, false);
+        const bool follows = length && IsFollowed(bytes + at + length, size - at - length);
         const bool sense = length && MakesSense(bytes + at, length, chained || follows);
-        if (sense) {
-            found.bytes.insert(found.bytes.end(), bytes + at, bytes + at + length);
-            ++found.count;
+        if (const uint64_t next = length && !follows ? Overrun(bytes, size, at, length, effort) : 0) {
+            at = next;
+            continue;
         }
-        chained = sense;
-        at += sense ? length : 1;
+        if (sense)
+            found.push_back({at, length});
+        // Of a damaged record in a chain nothing is taken: the records inside of it are no objects of their own.
+        chained = sense || (chained && follows);
+        at += chained ? length : 1;
     }
     return found;
 }
 
-bool ZvNativeSalvageRecords::IsTableGroup(const uint8_t* bytes, uint64_t size, uint64_t& count) {
-    count = 0;
-    uint64_t at = 0;
-    while (at < size) {
+void ZvNativeSalvageRecords::LearnClients(const ZvSalvaged::Records& list) {
+    for (uint64_t at = 0; at + m_header.entityHeadSize <= list.bytes.size();) {
         uint64_t length = 0;
-        int32_t index = 0;
-        uint32_t id = 0;
-        std::string name;
-        if (size - at < sizeof length)
-            return false;
-        std::memcpy(&length, bytes + at, sizeof length);
-        if (length < sizeof length || length > size - at ||
-            !ZvSalvaged::ParseRecord(bytes + at, size_t(length), index, id, name))
-            return false;
+        uint16_t client = 0;
+        std::memcpy(&length, list.bytes.data() + at, sizeof length);
+        std::memcpy(&client, list.bytes.data() + at + sizeof length, sizeof client);
+        m_clients.try_emplace(client, false);
+        if (length < m_header.entityHeadSize)
+            break;
         at += length;
-        ++count;
     }
-    return count > 0;
 }

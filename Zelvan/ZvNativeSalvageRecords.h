@@ -9,23 +9,34 @@
 class ZvNativeSalvageRecords {
 public:
     /// `clients`: the ids of the file, and whether they mean the engine itself.
-    ZvNativeSalvageRecords(const ZvNativeHeader& header, std::map<uint16_t, bool> clients)
-        : m_header(header), m_clients(std::move(clients)) {}
+    /// `areAll`: false when the file has lost its list of them.
+    ZvNativeSalvageRecords(const ZvNativeHeader& header, std::map<uint16_t, bool> clients, bool areAll)
+        : m_header(header), m_clients(std::move(clients)), m_clientsLost(!areAll) {}
 
     /// Whether the bytes are a sound list: a count and exactly that many records. `list` gets the records.
     bool IsList(const uint8_t* bytes, uint64_t size, ZvSalvaged::Records& list) const;
+    struct Place {
+        uint64_t at, length;
+    };
     /// What records there are among the bytes: first those that chain from the start, then, wherever the chain breaks, from the
-    /// next record of a known kind on whose payload makes sense.
-    ZvSalvaged::Records Search(const uint8_t* bytes, uint64_t size) const;
-    /// Whether the bytes are records of a table, one behind the other exactly to the end.
-    static bool IsTableGroup(const uint8_t* bytes, uint64_t size, uint64_t& count);
+    /// next record on whose payload makes sense, or which another follows where nothing but the length is known of its kind.
+    std::vector<Place> Search(const uint8_t* bytes, uint64_t size) const;
+    /// The clients of the records of a sound list, for files that lost their list of them.
+    void LearnClients(const ZvSalvaged::Records& list);
 
 private:
     /// The length of the record that may begin there, or 0.
     uint64_t MayBegin(const uint8_t* at, uint64_t left, bool strict) const;
+    /// Where the next record begins if one that was cut shorter seems to reach into it, or 0. Records inside of a whole one end
+    /// with it, those that it reaches into do not.
+    uint64_t Overrun(const uint8_t* bytes, uint64_t size, uint64_t at, uint64_t length,
+                     uint64_t& effort) const;
+    /// Whether a record that ends there is followed by another or by the end (a layer's mark may stand between).
+    bool IsFollowed(const uint8_t* end, uint64_t left) const;
     /// `trusted`: the answer for kinds of which only the length is known.
     bool MakesSense(const uint8_t* at, uint64_t length, bool trusted) const;
 
     const ZvNativeHeader& m_header;
     std::map<uint16_t, bool> m_clients;
+    bool m_clientsLost;
 };

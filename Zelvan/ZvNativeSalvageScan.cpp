@@ -57,17 +57,22 @@ std::optional<ZvNativeSalvageScan::Block> ZvNativeSalvageScan::OpenBlock(uint64_
     const uint64_t cost = here + (block.stored ? 0 : head.length);
     if (cost > m_effort)
         return std::nullopt;
-    block.vouched = head.HasDigest();
+    block.vouched = head.HasDigest() || m_bodySound;
     block.sound = whole && (!head.HasDigest() || ZvCore::MD5::Of(stored, size_t(here)) == head.digest);
     if (block.stored) {
         if (block.sound || !soundOnly)
             block.content.assign(stored, stored + here);
-    } else if (block.sound || !soundOnly) {
-        ZvCore::Codec::InflatePrefix(stored, size_t(here), size_t(head.length), block.content);
-        block.sound = block.sound && block.content.size() == head.length;
+    } else {
+        const size_t taken =
+            ZvCore::Codec::InflatePrefix(stored, size_t(here), size_t(head.length), block.content);
+        const bool whollyThere = taken == head.stored && block.content.size() == head.length;
+        block.digestLost = whollyThere && !block.sound;
+        block.sound = block.vouched = whollyThere;
     }
     if (soundOnly || !block.sound)
         m_effort -= std::min(m_effort, cost);
+    if (block.digestLost && !soundOnly)
+        NoteDamage(at, at + kBlockHead);
     if (soundOnly && !block.sound)
         return std::nullopt;
     return block;
@@ -115,18 +120,16 @@ bool ZvNativeSalvageScan::OpenSolid(ZvSalvaged::File& found, bool& cancelled) {
     if ((stored[0] & 0x0F) != 8 || (stored[0] << 8 | stored[1]) % 31 != 0)
         return false;
     ZvSalvaged::Bytes body;
-    ZvCore::Codec::InflatePrefix(stored, size_t(m_size - kAt - kBlockHead), size_t(kMostContent), body);
+    const size_t taken =
+        ZvCore::Codec::InflatePrefix(stored, size_t(m_size - kAt - kBlockHead), size_t(kMostContent), body);
     if (body.size() < ZvNativeHeader::kSize || std::memcmp(body.data() + 8, ZvNativeHeader::kMagic, 7) != 0)
         return false;
-    ZvNativeBlockHead head;
-    const bool sound = HeadMayBeTrue(kAt, head) && Has(kAt + kBlockHead, head.stored) &&
-                       head.length == body.size() && head.method == ZvNativeBlockHead::Zlib &&
-                       (!head.HasDigest() || ZvCore::MD5::Of(stored, size_t(head.stored)) == head.digest);
+    m_bodySound = taken > 0;
+    ++(m_bodySound ? m_result.blocks : m_result.damagedBlocks);
     m_body = std::move(body);
     m_bytes = m_body.data();
     m_size = m_body.size();
     m_result.solid = true;
-    ++(sound ? m_result.blocks : m_result.damagedBlocks);
     const bool headerGood = ReadHeader(found);
     m_shift = 0;
     return headerGood;
@@ -166,17 +169,21 @@ bool ZvNativeSalvageScan::TakeClients(const Block& block, ZvSalvaged::File& foun
         return false;
     found.clients = bytes;
     found.header.clientCount = count;
-    m_records.emplace(found.header, std::move(clients));
+    m_records.emplace(found.header, std::move(clients), true);
     return true;
 }
 
 /// They stand last, and say what the objects are.
 void ZvNativeSalvageScan::ReadClients(ZvSalvaged::File& found) {
     const uint64_t stated = found.header.clientsOffset;
-    for (const uint64_t at : {stated, stated + uint64_t(m_shift)})
-        if (std::optional<Block> block = OpenBlock(at, true))
-            if (TakeClients(*block, found))
+    // Where they are tells whether bytes were cut out of what is before them or put in, or only off the end.
+    for (const int64_t shift : {int64_t(0), m_shift})
+        if (std::optional<Block> block = OpenBlock(stated + uint64_t(shift), true))
+            if (TakeClients(*block, found)) {
+                m_shift = shift;
                 return;
+            }
+    m_shift = 0;
     constexpr uint64_t kSmallest = kBlockHead + 31;
     constexpr uint64_t kFar = uint64_t(1) << 22;
     for (uint64_t back = kSmallest; back <= std::min(m_size, kFar); ++back) {
@@ -189,7 +196,7 @@ void ZvNativeSalvageScan::ReadClients(ZvSalvaged::File& found) {
                 return;
     }
     m_result.clientsLost = true;
-    m_records.emplace(found.header, std::map<uint16_t, bool>{{ZvServer::BuiltInClient().code, true}});
+    m_records.emplace(found.header, std::map<uint16_t, bool>{{ZvServer::BuiltInClient().code, true}}, false);
 }
 
 // --- from piece to piece -----------------------------------------------------------------------------------------------------
@@ -225,14 +232,11 @@ bool ZvNativeSalvageScan::Run(ZvSalvaged::File& found) {
     return true;
 }
 
-void ZvNativeSalvageScan::LeaveEndedScopes(uint64_t at) {
-    while (m_scopes.size() > 1 && Original(at) >= m_scopes[m_scopes.size() - 2].contentsEnd)
-        m_scopes.pop_back();
-}
-
 uint64_t ZvNativeSalvageScan::Piece(uint64_t at, bool trusted) {
     Scope& here = Here();
-    if (trusted && here.markAwaited && here.contents) {
+    const bool chainEnds = here.contents && here.table->code == ZvTableCode::Full(ZvTableCode::Layer) &&
+                           Original(at) == here.chainEnd;
+    if (here.contents && ((trusted && here.markAwaited) || chainEnds)) {
         here.markAwaited = false;
         if (m_bytes[at] == 0)
             return at + 1;
@@ -254,6 +258,8 @@ uint64_t ZvNativeSalvageScan::Piece(uint64_t at, bool trusted) {
         return next;
     if (const uint64_t next = BareBlock(at, trusted))
         return next;
+    if (const uint64_t next = HeadlessBlock(at, true))
+        return next;
     return trusted ? UnknownTable(at) : 0;
 }
 
@@ -263,7 +269,7 @@ bool ZvNativeSalvageScan::LooksLikePiece(uint64_t at) {
         return true;
     const std::optional<Block> block = OpenBlock(at, true);
     if (!block)
-        return false;
+        return HeadlessBlock(at, false) != 0;
     if (block->vouched)
         return true;
     ZvSalvaged::Records list;
@@ -286,35 +292,18 @@ uint64_t ZvNativeSalvageScan::Next(uint64_t from, uint64_t hint) {
 /// A stretch that begins behind `from`: its records are taken, and what follows is found.
 uint64_t ZvNativeSalvageScan::Damaged(uint64_t from, uint64_t hint) {
     const uint64_t next = Next(from + 1, hint);
-    ZvSalvaged::Records records = m_records->Search(m_bytes + from, next - from);
-    const uint64_t count = records.count;
-    if (count > 0)
-        TakeRecords(from, std::move(records));
-    NoteDamage(from, next, count);
+    m_damaged = true;
+    NoteDamage(from, next, TakeStretch(m_bytes + from, next - from, from));
     return next;
 }
 
 void ZvNativeSalvageScan::NoteDamage(uint64_t from, uint64_t to, uint64_t records) {
     m_damaged = true;
+    for (Scope& scope : m_scopes)
+        scope.doubt = true;
     auto& damage = m_result.damage;
     if (!damage.empty() && damage.back().offset + damage.back().length == from)
         damage.back().length += to - from, damage.back().records += records;
     else
         damage.push_back({from, to - from, records});
-}
-
-void ZvNativeSalvageScan::TakeRecords(uint64_t at, ZvSalvaged::Records records) {
-    Scope& here = Here();
-    const bool inChain = here.contents && (!m_damaged || Original(at) < here.chainEnd) &&
-                         (here.blocksLeft > 0 || here.chainEnd == ~uint64_t(0));
-    if (!inChain) { // nobody knows whose they are: a layer of their own
-        here.table = &here.section->Get(ZvTableCode::Full(ZvTableCode::Layer));
-        here.table->contents.push_back(std::make_unique<ZvSalvaged::Contents>());
-        here.contents = here.table->contents.back().get();
-        here.chainEnd = ~uint64_t(0);
-        here.contentsEnd = 0;
-        here.blocksLeft = 0;
-        here.markAwaited = here.inAttributes = false;
-    }
-    here.contents->lists.push_back(std::move(records));
 }

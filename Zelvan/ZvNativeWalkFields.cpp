@@ -1,23 +1,9 @@
-#include "Zelvan/Tables/ZvBitmapRec.h"
-#include "Zelvan/Tables/ZvBlock.h"
-#include "Zelvan/Tables/ZvDataRec.h"
-#include "Zelvan/Tables/ZvDimStyle.h"
 #include "Zelvan/Tables/ZvFieldIO.h"
-#include "Zelvan/Tables/ZvLayer.h"
-#include "Zelvan/Tables/ZvLayout.h"
-#include "Zelvan/Tables/ZvLineTypeRec.h"
-#include "Zelvan/Tables/ZvNamedView.h"
-#include "Zelvan/Tables/ZvPaperPage.h"
-#include "Zelvan/Tables/ZvProgram.h"
-#include "Zelvan/Tables/ZvSelectionVolume.h"
-#include "Zelvan/Tables/ZvTextStyle.h"
-#include "Zelvan/Tables/ZvTexture.h"
-#include "Zelvan/Tables/ZvUcs.h"
-#include "Zelvan/Tables/ZvXRef.h"
 #include "Zelvan/ZvBrush.h"
 #include "Zelvan/ZvColor.h"
 #include "Zelvan/ZvLineType.h"
 #include "Zelvan/ZvLineWidth.h"
+#include "Zelvan/ZvNativeRecordKinds.h"
 #include "Zelvan/ZvNativeWalk.h"
 #include "Zelvan/ZvUniSize.h"
 #include <memory>
@@ -103,41 +89,13 @@ private:
     ZvFieldReader m_reader;
 };
 
-template <class Record>
-std::unique_ptr<ZvTableRecord> Make() {
-    return std::make_unique<Record>();
-}
-
-struct Kind {
-    ZvTableCode::Code code;
-    std::unique_ptr<ZvTableRecord> (*make)();
-};
-constexpr Kind kKinds[] = {
-    {ZvTableCode::Bitmap, Make<ZvBitmapRec>},
-    {ZvTableCode::LineType, Make<ZvLineTypeRec>},
-    {ZvTableCode::Block, Make<ZvBlock>},
-    {ZvTableCode::TextStyle, Make<ZvTextStyle>},
-    {ZvTableCode::Program, Make<ZvProgram>},
-    {ZvTableCode::Texture, Make<ZvTexture>},
-    {ZvTableCode::DimStyle, Make<ZvDimStyle>},
-    {ZvTableCode::Layer, Make<ZvLayer>},
-    {ZvTableCode::Paper, Make<ZvPaperPage>},
-    {ZvTableCode::Ucs, Make<ZvUcs>},
-    {ZvTableCode::XRef, Make<ZvXRef>},
-    {ZvTableCode::Data, Make<ZvDataRec>},
-    {ZvTableCode::Layout, Make<ZvLayout>},
-    {ZvTableCode::View, Make<ZvNamedView>},
-    {ZvTableCode::SelectionVolume, Make<ZvSelectionVolume>},
-};
-
 } // namespace
 
 void ZvNativeWalk::RecordFields(ZvNativeCursor& cursor, uint32_t code) {
-    for (const Kind& kind : kKinds)
-        if (ZvTableCode::Full(kind.code) == code) {
-            FieldTeller teller(*this, cursor);
-            kind.make()->VisitFields(teller);
-        }
+    if (const std::unique_ptr<ZvTableRecord> record = ZvNativeRecordKinds::Make(code)) {
+        FieldTeller teller(*this, cursor);
+        record->VisitFields(teller);
+    }
     if (cursor.Left())
         Tell(cursor, cursor.Left(), "further fields", std::to_string(cursor.Left()) + " bytes");
 }

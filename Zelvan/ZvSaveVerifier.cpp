@@ -45,14 +45,19 @@ uint64_t OwnCensus(ZvDrawing& drawing, const ZvDrawing* parent) {
     return count;
 }
 
+/// With the drawings of layouts, which may have layouts of their own.
+uint64_t CensusBelow(ZvDrawing& drawing, const ZvDrawing* parent) {
+    uint64_t count = OwnCensus(drawing, parent);
+    for (int i = 0; i < drawing.LayoutTable()->Count(); ++i)
+        if (ZvDrawing* layout = drawing.LayoutTable()->Get(i)->Drawing())
+            count += CensusBelow(*layout, &drawing);
+    return count;
+}
+
 } // namespace
 
 uint64_t ZvSaveVerifier::Census(ZvDrawing& drawing) {
-    uint64_t count = OwnCensus(drawing, nullptr);
-    for (int i = 0; i < drawing.LayoutTable()->Count(); ++i)
-        if (ZvDrawing* layout = drawing.LayoutTable()->Get(i)->Drawing())
-            count += OwnCensus(*layout, &drawing);
-    return count;
+    return CensusBelow(drawing, nullptr);
 }
 
 std::string ZvSaveVerifier::Check(const std::filesystem::path& file, std::optional<uint64_t> entities,

@@ -97,7 +97,7 @@ bool Codec::Inflate(const uint8_t* source, size_t count, uint8_t* target, size_t
 
 #endif
 
-void ZvCore::Codec::InflatePrefix(const uint8_t* source, size_t count, size_t most,
-                                  std::vector<uint8_t>& target) {
-    ZlibCodec::InflatePrefix(source, count, most, target);
+size_t ZvCore::Codec::InflatePrefix(const uint8_t* source, size_t count, size_t most,
+                                    std::vector<uint8_t>& target) {
+    return ZlibCodec::InflatePrefix(source, count, most, target);
 }

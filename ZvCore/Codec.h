@@ -22,8 +22,10 @@ public:
     static bool Inflate(const uint8_t* source, size_t count, uint8_t* target, size_t expected,
                         std::string& why);
     /// Of a stream that is damaged or cut: what inflates before the damage is met, at most `most` bytes. The last of them may be
-    /// wrong, for deflate notices damage late. Empty when nothing does or the memory does not suffice.
-    static void InflatePrefix(const uint8_t* source, size_t count, size_t most, std::vector<uint8_t>& target);
+    /// wrong, for deflate notices damage late. Empty when nothing does or the memory does not suffice. Answers the bytes that the
+    /// stream takes when it comes to its end and its own checksum fits, else 0.
+    static size_t InflatePrefix(const uint8_t* source, size_t count, size_t most,
+                                std::vector<uint8_t>& target);
 };
 
 } // namespace ZvCore

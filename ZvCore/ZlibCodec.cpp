@@ -80,18 +80,18 @@ bool ZlibCodec::Inflate(const uint8_t* source, size_t count, uint8_t* target, si
     return false;
 }
 
-void ZlibCodec::InflatePrefix(const uint8_t* source, size_t count, size_t most,
-                              std::vector<uint8_t>& target) {
+size_t ZlibCodec::InflatePrefix(const uint8_t* source, size_t count, size_t most,
+                                std::vector<uint8_t>& target) {
     constexpr size_t kStep = size_t(1) << 18;
     target.clear();
     z_stream stream{};
     if (inflateInit(&stream) != Z_OK)
-        return;
+        return 0;
     size_t fedIn = 0, made = 0;
     int result = Z_OK;
     try {
-        while (result == Z_OK && made < most) {
-            const size_t room = std::min(kStep, most - made);
+        while (result == Z_OK && made <= most) { // room for one byte more lets the end of the stream be read
+            const size_t room = std::min(kStep, most + 1 - made);
             target.resize(made + room);
             Feed(stream.next_in, stream.avail_in, const_cast<Bytef*>(source), count, fedIn);
             stream.next_out = target.data() + made;
@@ -102,8 +102,10 @@ void ZlibCodec::InflatePrefix(const uint8_t* source, size_t count, size_t most,
     } catch (const std::bad_alloc&) {
         made = 0;
     }
-    target.resize(made);
+    const size_t taken = result == Z_STREAM_END && made <= most ? fedIn - stream.avail_in : 0;
+    target.resize(std::min(made, most));
     inflateEnd(&stream);
+    return taken;
 }
 
 } // namespace ZvCore

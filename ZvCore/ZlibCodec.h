@@ -16,7 +16,8 @@ public:
     static bool Inflate(const uint8_t* source, size_t count, uint8_t* target, size_t expected,
                         std::string& why);
     /// See Codec.
-    static void InflatePrefix(const uint8_t* source, size_t count, size_t most, std::vector<uint8_t>& target);
+    static size_t InflatePrefix(const uint8_t* source, size_t count, size_t most,
+                                std::vector<uint8_t>& target);
 
     static constexpr const char* kOutOfMemory = "out of memory";
     static constexpr const char* kDamaged = "the compressed bytes are damaged";

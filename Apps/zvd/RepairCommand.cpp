@@ -29,7 +29,10 @@ nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, co
             {{"offset", stretch.offset}, {"length", stretch.length}, {"records", stretch.records}});
     for (const ZvNativeSalvage::Layer& layer : result.layers)
         layers.push_back({{"name", layer.name},
+                          {"kind", layer.isBlock ? "block" : "layer"},
+                          {"layout", layer.sheet},
                           {"renamed", layer.renamed},
+                          {"doubtfulName", layer.doubtfulName},
                           {"stated", layer.stated},
                           {"read", layer.read},
                           {"doubtful", layer.doubtful},
@@ -57,8 +60,8 @@ void PrintDamage(const Console& console, const Result& result) {
     if (result.settingsLost)
         console.Line("  the settings are lost; those of a new drawing take their place");
     if (result.clientsLost)
-        console.Line(
-            "  the list of modules is lost; objects of modules other than the engine's are left out");
+        console.Line("  the list of modules is lost; objects of modules other than the engine's are kept "
+                     "without its name");
     for (const ZvNativeSalvage::Stretch& stretch : result.damage)
         console.Line("  damage within " + Count(stretch.length, "byte") + " at " +
                      std::to_string(stretch.offset) + (result.solid ? " of the inflated body" : "") +
@@ -72,14 +75,18 @@ void Print(const Console& console, const std::string& from, const std::string& t
     if (!result.wasSound)
         PrintDamage(console, result);
     for (const ZvNativeSalvage::Layer& layer : result.layers) {
-        std::string line = "  layer \"" + layer.name + "\": " + Count(layer.read, "object") + " read, " +
-                           Console::Grouped(layer.saved) + " saved";
+        std::string line = std::string(layer.isBlock ? "  block" : "  layer") + " \"" + layer.name + "\"";
+        if (!layer.sheet.empty())
+            line += " of layout \"" + layer.sheet + "\"";
+        line += ": " + Count(layer.read, "object") + " read, " + Console::Grouped(layer.saved) + " saved";
         if (layer.Lost())
             line += ", " + Console::Grouped(layer.Lost()) + " lost";
         if (layer.doubtful)
             line += ", " + Console::Grouped(layer.doubtful) + " of those read from damaged blocks";
         if (layer.renamed)
             line += " (its own name is lost)";
+        if (layer.doubtfulName)
+            line += " (its name is from a damaged block)";
         console.Line(line);
     }
     console.Line("saved " + Count(result.saved, "object") + " to " + to);

@@ -119,8 +119,6 @@ Loaded Load(const Bytes& bytes, ZvNativeOptions options) {
 
 // --- comparing ---------------------------------------------------------------------------------------------------------------
 
-namespace {
-
 std::string Describe(const ZvEntity& entity) {
     std::string text = std::to_string(entity.Name32()) + " " + std::to_string(entity.GetFullCode()) + " " +
                        entity.GetColor().ToString().ToUtf8() + " " + std::to_string(entity.GetFlags());
@@ -137,6 +135,8 @@ std::string Describe(const ZvEntity& entity) {
             text += " [" + Describe(*child) + "]";
     return text;
 }
+
+namespace {
 
 void DescribeTree(const std::string& where, const ZvBNode& tree, std::vector<std::string>& lines) {
     tree.ForEach([&](ZvEntity* entity) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 class ZvDrawing;
+class ZvEntity;
 
 /// Native files in memory for tests: made, taken apart, damaged.
 namespace NativeFiles {
@@ -29,6 +30,8 @@ struct Loaded {
     bool Ok() const { return Zv::Ok(status); }
 };
 Loaded Load(const Bytes& bytes, ZvNativeOptions options = {});
+/// Name, kind, appearance and geometry of an object, and of those inside of it.
+std::string Describe(const ZvEntity& entity);
 /// One line an object, sorted: layer or block, name, kind, appearance, geometry. Equal for drawings that hold the same.
 std::string Census(ZvDrawing& drawing);
 

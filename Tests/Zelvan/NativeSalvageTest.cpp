@@ -1,5 +1,7 @@
 #include "Tests/Support/NativeFiles.h"
+#include "Zelvan/Tables/ZvBlockTable.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLayoutTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeCheck.h"
 #include "Zelvan/ZvNativeHeader.h"
@@ -81,9 +83,14 @@ std::unique_ptr<ZvDrawing> Map() {
 void MustBeTrue(Salvaged& salvaged) {
     uint64_t saved = 0;
     for (const ZvNativeSalvage::Layer& layer : salvaged.result.layers) {
-        const ZvLayer* there = salvaged.drawing->LayerTable()->GetByName(XStringW::FromUtf8(layer.name));
-        ASSERT_NE(there, nullptr) << layer.name;
-        EXPECT_EQ(there->EntityCount(), layer.saved);
+        const XStringW name = XStringW::FromUtf8(layer.name);
+        const ZvLayout* sheet = salvaged.drawing->LayoutTable()->GetByName(XStringW::FromUtf8(layer.sheet));
+        ASSERT_TRUE(layer.sheet.empty() || sheet) << layer.sheet;
+        const ZvDrawing& drawing = layer.sheet.empty() ? *salvaged.drawing : *sheet->Drawing();
+        const ZvLayer* there = drawing.LayerTable()->GetByName(name);
+        const ZvBlock* block = drawing.BlockTable()->GetByName(name);
+        ASSERT_TRUE(layer.isBlock ? block != nullptr : there != nullptr) << layer.name;
+        EXPECT_EQ(layer.isBlock ? block->EntityCount() : there->EntityCount(), layer.saved);
         EXPECT_LE(layer.doubtful, layer.read);
         EXPECT_LE(layer.saved, layer.read) << layer.name;
         saved += layer.saved;
