@@ -19,4 +19,5 @@ void AddRenderCommand(CLI::App& app, CommandRun& run);
 void AddBenchDataCommand(CLI::App& app, CommandRun& run);
 void AddDemoCommand(CLI::App& app, CommandRun& run);
 void AddEditCommand(CLI::App& app, CommandRun& run);
+void AddLayersCommand(CLI::App& app, CommandRun& run);
 void AddRecoverCommand(CLI::App& app, CommandRun& run);

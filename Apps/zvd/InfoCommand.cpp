@@ -61,6 +61,15 @@ Json HeaderJson(const std::filesystem::path& path) {
             {"digest", ZvCore::MD5::ToHex(header.digest)}};
 }
 
+Json IndexJson(const ZvIndexBlockStats& stats) {
+    return {{"nodes", stats.nodes},
+            {"emptyLeaves", stats.emptyLeaves},
+            {"levels", stats.maxDepth + 1},
+            {"entitiesInInner", stats.entitiesInInner},
+            {"largestNode", stats.largestNode},
+            {"memory", stats.memory}};
+}
+
 Json LayerJson(const ZvLayer& layer) {
     std::map<std::string, uint64_t> kinds;
     uint64_t vertices = 0, memory = 0;
@@ -80,7 +89,8 @@ Json LayerJson(const ZvLayer& layer) {
               {"visible", layer.IsVisible()},
               {"locked", layer.IsLocked()},
               {"color", layer.GetColor().ToString().ToUtf8()},
-              {"extents", BoundsJson(layer.Tree().Bounds())}};
+              {"extents", BoundsJson(layer.Tree().Bounds())},
+              {"index", IndexJson(layer.Tree().GetIndexBlockStats())}};
     if (const ZvAttributeTable* table = layer.AttributesOrNull()) {
         Json fields = Json::array();
         for (const ZvAttributeTable::Field& field : table->Fields())
@@ -197,8 +207,9 @@ Json MeasuresJson(ZvDrawing& drawing) {
     return list;
 }
 
-void PrintMeasures(const Console& console, const Json& measures) {
-    console.Line("  measured:");
+void PrintMeasures(const Console& console, const Json& measures, bool geographic) {
+    console.Line(geographic ? "  measured on a flat map of degrees, to scale on the equator only:"
+                            : "  measured:");
     for (const Json& measure : measures) {
         const std::string layer = measure["layer"].get<std::string>();
         console.Line("    " + (layer.empty() ? "all" : layer) + ": length " +
@@ -306,7 +317,8 @@ ExitCode RunInfo(const Console& console, const InfoArguments& arguments) {
     if (!console.json)
         Print(console, info);
     if (!console.json && info.contains("measures"))
-        PrintMeasures(console, info["measures"]);
+        PrintMeasures(console, info["measures"],
+                      loaded.drawing->UcsTable()->CoordinateSystem().kind == ZvCoordSystem::Kind::Geographic);
     return ExitCode::Ok;
 }
 
