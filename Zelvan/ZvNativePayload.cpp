@@ -9,7 +9,7 @@
 
 namespace {
 
-/// type: b i8, B u8, h i16, H u16, i i32, I u32, q i64, Q u64, f f32, d f64, and 1..9: that many reserved bytes times 2.
+/// type: b i8, B u8, h i16, H u16, i i32, I u32, q i64, Q u64, f f32, d f64, and 1..9: twice as many reserved bytes.
 struct FieldSpec {
     const char* name;
     char type;
@@ -24,40 +24,54 @@ double NumberAt(const uint8_t* at) {
     return double(value);
 }
 
-struct Shown {
-    size_t size;
-    std::string text;
-    bool finite = true;
-};
-
-Shown Show(char type, const uint8_t* at) {
+constexpr size_t SizeOf(char type) {
     switch (type) {
     case 'b':
-        return {1, std::to_string(int(NumberAt<int8_t>(at)))};
     case 'B':
-        return {1, std::to_string(unsigned(NumberAt<uint8_t>(at)))};
+        return 1;
     case 'h':
-        return {2, std::to_string(int(NumberAt<int16_t>(at)))};
     case 'H':
-        return {2, std::to_string(unsigned(NumberAt<uint16_t>(at)))};
+        return 2;
     case 'i':
-        return {4, std::to_string(int64_t(NumberAt<int32_t>(at)))};
     case 'I':
-        return {4, std::to_string(int64_t(NumberAt<uint32_t>(at)))};
     case 'f':
-    case 'd': {
-        const double value = type == 'f' ? NumberAt<float>(at) : NumberAt<double>(at);
-        return {type == 'f' ? size_t(4) : size_t(8), XStringA::Format("%.9g", value).Str(),
-                std::isfinite(value)};
-    }
+        return 4;
+    case 'q':
+    case 'Q':
+    case 'd':
+        return 8;
     default:
-        return {size_t(type - '0') * 2, {}};
+        return size_t(type - '0') * 2;
     }
 }
 
-size_t SizeOf(char type) {
-    static constexpr uint8_t some[32] = {};
-    return Show(type, some).size;
+bool IsFinite(char type, const uint8_t* at) {
+    return type == 'f' ? std::isfinite(NumberAt<float>(at))
+                       : type != 'd' || std::isfinite(NumberAt<double>(at));
+}
+
+/// Empty for reserved bytes.
+std::string Show(char type, const uint8_t* at) {
+    switch (type) {
+    case 'b':
+        return std::to_string(int(NumberAt<int8_t>(at)));
+    case 'B':
+        return std::to_string(unsigned(NumberAt<uint8_t>(at)));
+    case 'h':
+        return std::to_string(int(NumberAt<int16_t>(at)));
+    case 'H':
+        return std::to_string(unsigned(NumberAt<uint16_t>(at)));
+    case 'i':
+        return std::to_string(int64_t(NumberAt<int32_t>(at)));
+    case 'I':
+        return std::to_string(int64_t(NumberAt<uint32_t>(at)));
+    case 'f':
+        return XStringA::Format("%.9g", NumberAt<float>(at)).Str();
+    case 'd':
+        return XStringA::Format("%.9g", NumberAt<double>(at)).Str();
+    default:
+        return {};
+    }
 }
 
 size_t SizeOf(std::span<const FieldSpec> fields) {
@@ -73,15 +87,16 @@ void TellFields(ZvNativeWalk& walk, ZvNativeCursor& cursor, std::span<const Fiel
     uint64_t left = std::min(stored, cursor.Left());
     const uint64_t end = cursor.At() + left;
     for (const FieldSpec& field : fields) {
-        if (left < SizeOf(field.type))
+        const size_t size = SizeOf(field.type);
+        if (left < size)
             break;
-        const Shown shown = Show(field.type, cursor.Here());
-        if (!shown.text.empty())
-            walk.Tell(cursor, shown.size, field.name, shown.text);
-        if (!shown.finite)
+        if (const std::string text = walk.WantsFields() ? Show(field.type, cursor.Here()) : std::string();
+            !text.empty())
+            walk.Tell(cursor, size, field.name, text);
+        if (!IsFinite(field.type, cursor.Here()))
             walk.Problem(cursor, std::string(field.name) + " is no finite number", kThisObject);
-        cursor.Skip(shown.size);
-        left -= shown.size;
+        cursor.Skip(size);
+        left -= size;
     }
     cursor.Skip(end - cursor.At());
 }
@@ -95,7 +110,8 @@ bool HeadedFields(ZvNativeWalk& walk, ZvNativeCursor& cursor, std::span<const Fi
                      kThisObject);
         return false;
     }
-    walk.Tell(cursor, sizeof length, "header length", std::to_string(length));
+    if (walk.WantsFields())
+        walk.Tell(cursor, sizeof length, "header length", std::to_string(length));
     TellFields(walk, at, fields, length - sizeof length);
     cursor.Skip(length);
     return true;
@@ -180,7 +196,8 @@ void CheckPolyline(ZvNativeWalk& walk, ZvNativeCursor payload) {
         ZvNativeCursor numbers = payload;
         numbers.Skip(4 * uint64_t(n.parts));
         CheckDoubles(walk, numbers, n.is64 ? numbers.Left() / 8 : n.Dims());
-        walk.Tell(payload, payload.Left(), "block", std::to_string(payload.Left()) + " bytes");
+        if (walk.WantsFields())
+            walk.Tell(payload, payload.Left(), "block", std::to_string(payload.Left()) + " bytes");
     }
 }
 
@@ -208,7 +225,7 @@ void CheckText(ZvNativeWalk& walk, ZvNativeCursor payload) {
     const ZvNativeCursor at = payload;
     if (!walk.String(payload, "text"))
         walk.Problem(at, "the text does not fit the record", kThisObject);
-    else if (payload.Left())
+    else if (payload.Left() && walk.WantsFields())
         walk.Tell(payload, payload.Left(), "tail", std::to_string(payload.Left()) + " bytes");
 }
 
@@ -237,7 +254,7 @@ void CheckInsert(ZvNativeWalk& walk, ZvNativeCursor payload) {
         return;
     }
     TellFields(walk, payload, kInsert, SizeOf(kInsert));
-    if (payload.Left())
+    if (payload.Left() && walk.WantsFields())
         walk.Tell(payload, payload.Left(), "tail", std::to_string(payload.Left()) + " bytes");
 }
 

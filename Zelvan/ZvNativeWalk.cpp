@@ -36,8 +36,8 @@ ZvNativeWalk::~ZvNativeWalk() = default;
 
 std::string ZvNativeWalk::Path() const {
     std::string path;
-    for (const std::string& part : m_path)
-        path += (path.empty() ? "" : "/") + part;
+    for (const Step& step : m_path)
+        path += (path.empty() ? "" : "/") + step.name + (step.number ? std::to_string(*step.number) : "");
     return path;
 }
 
@@ -283,9 +283,10 @@ const ZvNativeStream* ZvNativeWalk::OpenBlock(ZvNativeCursor& cursor, const char
     ZvNativeBlockHead head;
     head.Parse(bytes);
     m_visitor.Block();
-    Tell(start, sizeof bytes + head.stored, label,
-         "method " + std::to_string(head.method) + ", " + std::to_string(head.length) + " bytes in " +
-             std::to_string(head.stored) + ", digest " + DigestText(head.digest));
+    if (WantsFields())
+        Tell(start, sizeof bytes + head.stored, label,
+             "method " + std::to_string(head.method) + ", " + std::to_string(head.length) + " bytes in " +
+                 std::to_string(head.stored) + ", digest " + DigestText(head.digest));
     const std::string wrong = ZvNativeBlock::CheckHead(head, cursor.Left(), kBlockBudget);
     if (!wrong.empty()) {
         Problem(start, std::string(label) + ": " + wrong, loss);

@@ -8,8 +8,11 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+struct ZvNativePayload;
 
 /// A stream in memory being walked: the file, or the content of a block.
 struct ZvNativeStream {
@@ -121,7 +124,11 @@ public:
     class Level {
     public:
         Level(ZvNativeWalk& walk, std::string name) : m_walk(walk) {
-            m_walk.m_path.push_back(std::move(name));
+            m_walk.m_path.push_back({std::move(name), {}});
+        }
+        /// Its name is put together when somebody asks for it.
+        Level(ZvNativeWalk& walk, const char* name, uint64_t number) : m_walk(walk) {
+            m_walk.m_path.push_back({name, number});
         }
         ~Level() { m_walk.m_path.pop_back(); }
         Level(const Level&) = delete;
@@ -153,7 +160,7 @@ private:
     bool Contents(ZvNativeCursor& cursor, uint32_t code);
     void Attributes(ZvNativeCursor& cursor);
     bool Record(ZvNativeCursor& cursor, uint64_t index, int64_t count);
-    void Payload(ZvNativeCursor cursor, const ZvNativeRecordHead& head);
+    void TellRecord(const ZvNativeCursor& start, const ZvNativeRecordHead& head, const ZvNativePayload* kind);
     std::string Path() const;
     void Summary(uint64_t at, const ZvNativeStream& stream);
 
@@ -179,7 +186,11 @@ private:
     ZvNativeStream m_file;
     std::vector<std::unique_ptr<ZvNativeStream>> m_open;
     std::vector<std::unique_ptr<ZvCore::MemFile>> m_contents;
-    std::vector<std::string> m_path;
+    struct Step {
+        std::string name;
+        std::optional<uint64_t> number;
+    };
+    std::vector<Step> m_path;
     std::map<uint32_t, Client> m_clients;
 };
 

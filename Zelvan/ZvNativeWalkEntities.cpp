@@ -64,7 +64,6 @@ void ZvNativeWalk::EntityList(ZvNativeCursor& cursor) {
 bool ZvNativeWalk::Record(ZvNativeCursor& cursor, uint64_t index, int64_t left) {
     const ZvNativeCursor start = cursor;
     const uint32_t headSize = m_inner.entityHeadSize;
-    const auto name = [&] { return "record " + std::to_string(index); };
     ZvNativeRecordHead head;
     uint8_t bytes[ZvNativeRecordHead::kSize] = {};
     const bool whole = headSize >= 12 && start.Left() >= headSize;
@@ -73,7 +72,7 @@ bool ZvNativeWalk::Record(ZvNativeCursor& cursor, uint64_t index, int64_t left) 
         head.Parse(bytes, m_version);
     }
     if (!whole || head.length < headSize || head.length > start.Left()) {
-        const Level level(*this, name());
+        const Level level(*this, "record ", index);
         Problem(start,
                 whole ? "the record length " + std::to_string(head.length) + " cannot be true"
                       : "the stream ends in the record's head",
@@ -94,15 +93,9 @@ bool ZvNativeWalk::Record(ZvNativeCursor& cursor, uint64_t index, int64_t left) 
     const bool goodName = head.Name32(name32);
     if (!WantsFields() && goodName && client != m_clients.end() && (!kind || !kind->check))
         return true;
-    const Level level(*this, name());
-    Tell(
-        start, head.length, "object",
-        (kind ? kind->name : "client " + std::to_string(head.client) + " type " + std::to_string(head.type)) +
-            std::string(", ") + std::to_string(head.length) + " bytes");
-    Tell(start.Stream(), start.At() + 12, 8, "name", std::to_string(head.name));
-    Tell(start.Stream(), start.At() + 20, 6, "colour",
-         std::to_string(head.colorIndex) + XStringA::Format(":%08X", head.colorValue).Str());
-    Tell(start.Stream(), start.At() + 26, 4, "flags", XStringA::Format("0x%08X", head.flags).Str());
+    const Level level(*this, "record ", index);
+    if (WantsFields())
+        TellRecord(start, head, kind);
     if (!goodName)
         Problem(start.Stream(), start.At() + 12,
                 "the name " + std::to_string(head.name) + " is above 32 bits", "this object");
@@ -112,7 +105,18 @@ bool ZvNativeWalk::Record(ZvNativeCursor& cursor, uint64_t index, int64_t left) 
                 "what the object is; it is kept as it is when its flags say so");
     if (kind && kind->check)
         kind->check(*this, payload);
-    else
+    else if (WantsFields())
         Tell(payload, payload.Left(), "payload", std::to_string(payload.Left()) + " bytes");
     return true;
+}
+
+void ZvNativeWalk::TellRecord(const ZvNativeCursor& start, const ZvNativeRecordHead& head,
+                              const ZvNativePayload* kind) {
+    const std::string what =
+        kind ? kind->name : "client " + std::to_string(head.client) + " type " + std::to_string(head.type);
+    Tell(start, head.length, "object", what + ", " + std::to_string(head.length) + " bytes");
+    Tell(start.Stream(), start.At() + 12, 8, "name", std::to_string(head.name));
+    Tell(start.Stream(), start.At() + 20, 6, "colour",
+         std::to_string(head.colorIndex) + XStringA::Format(":%08X", head.colorValue).Str());
+    Tell(start.Stream(), start.At() + 26, 4, "flags", XStringA::Format("0x%08X", head.flags).Str());
 }
