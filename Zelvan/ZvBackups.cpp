@@ -114,14 +114,21 @@ bool ZvBackups::CheckBackupPath(bool quiet, const Path& drawing) const {
 }
 
 fs::path ZvBackups::GetInstantBackupFilename(const Path& path) const {
-    Path backup = path;
+    Path place = path;
     if (!m_settings.besideDrawing) {
         if (!CheckBackupPath(false, path))
             return {};
-        backup = Directory(path) / path.filename();
+        place = Directory(path) / path.filename();
     }
-    backup += ".bak";
-    return backup;
+    return ZvCore::IFileSystem::WithEnding(place, ".bak");
+}
+
+std::string ZvBackups::SeriesOf(const Path& drawing) {
+    const Path stem = drawing.stem();
+    constexpr size_t around =
+        std::string_view(kPrefix).size() + kDigits + std::string_view(kExtension).size();
+    const bool fits = stem.native().size() + around <= ZvCore::IFileSystem::kLongestName;
+    return ZvPlatform::PathToUtf8(fits ? stem : ZvCore::IFileSystem::ShortForm(stem));
 }
 
 int ZvBackups::PeriodicNumber(const Path& name, std::string* base) {
@@ -146,7 +153,7 @@ fs::path ZvBackups::GetPeriodicBackupFilename(const Path& path, const Guid& draw
     if (!CheckBackupPath(false, path))
         return {};
     const Path folder = Directory(path);
-    const std::string base = ZvPlatform::PathToUtf8(path.stem());
+    const std::string base = SeriesOf(path);
     const ZvSaveVerifier verifier(m_files);
     std::map<int, Path> taken; // numbers of other drawings of that name
     const Numbered* newest = nullptr;

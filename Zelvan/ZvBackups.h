@@ -48,7 +48,10 @@ public:
     /// `drawing` is passed over. Empty, said, when the directory cannot be written to. `last` (the number given out before in this
     /// session, or -1) serves when the clock went back.
     Path GetPeriodicBackupFilename(const Path& path, const Guid& drawing, int last = -1) const;
-    /// The number in such a name, -1 for other names; `base` (may be null) is set to the drawing's base name in it.
+    /// What the periodic backups of a drawing of that file name have between "Autobackup_" and the number: its base name, or what
+    /// stands for a long one.
+    static std::string SeriesOf(const Path& drawing);
+    /// The number in such a name, -1 for other names; `base` (may be null) is set to the series.
     static int PeriodicNumber(const Path& name, std::string* base = nullptr);
     /// Deletes what has expired by its modification time, never the newest of a drawing. The number of files deleted.
     int PeriodicBackupPurge(const Path& directory) const;

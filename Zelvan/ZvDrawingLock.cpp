@@ -27,15 +27,13 @@ bool ZvDrawingLock::Holder::IsGone() const {
 }
 
 fs::path ZvDrawingLock::NameFor(const fs::path& drawing) {
-    fs::path name = drawing;
-    name += ".lock";
-    return name;
+    return ZvCore::IFileSystem::WithEnding(drawing, ".lock");
 }
 
 std::optional<ZvDrawingLock::Holder> ZvDrawingLock::HolderOf(ZvCore::IFileSystem& files,
                                                              const fs::path& drawing) {
     Holder holder;
-    return Read(files, NameFor(drawing), holder) ? std::optional(holder) : std::nullopt;
+    return Read(files, NameFor(drawing), holder) == Content::Holder ? std::optional(holder) : std::nullopt;
 }
 
 ZvDrawingLock& ZvDrawingLock::operator=(ZvDrawingLock&& other) noexcept {
@@ -53,26 +51,26 @@ void ZvDrawingLock::Release() {
         return;
     const fs::path lock = NameFor(m_drawing);
     Holder holder; // somebody may have taken it over, on a machine that saw this one as gone
-    if (Read(*m_files, lock, holder) && holder == Holder::Self())
+    if (Read(*m_files, lock, holder) == Content::Holder && holder == Holder::Self())
         (void)m_files->Delete(lock);
     m_files = nullptr;
 }
 
-bool ZvDrawingLock::Read(ZvCore::IFileSystem& files, const fs::path& lock, Holder& holder) {
+ZvDrawingLock::Content ZvDrawingLock::Read(ZvCore::IFileSystem& files, const fs::path& lock, Holder& holder) {
     std::string why;
     const auto file = files.Open(lock, ZvCore::IFileSystem::Mode::Read, why);
     if (!file || file->Length() > kLongest)
-        return false;
+        return Content::Unreadable;
     std::string text(size_t(file->Length()), '\0');
     if (file->Read(text.data(), text.size()) != text.size())
-        return false;
+        return Content::Unreadable;
     std::istringstream lines(text);
     std::string first, process;
     if (!std::getline(lines, first) || first != kFirstLine || !std::getline(lines, process) ||
         !std::getline(lines, holder.birth) || !std::getline(lines, holder.host))
-        return false;
+        return Content::Torn;
     holder.process = std::strtoull(process.c_str(), nullptr, 10);
-    return true;
+    return Content::Holder;
 }
 
 /// The lock appears with its content or not at all, where the file system has links.
@@ -110,7 +108,8 @@ bool ZvDrawingLock::TakeOver(const fs::path& lock, const Holder& stale) {
     if (!m_files->Rename(lock, aside).empty())
         return false;
     Holder taken;
-    const bool wasStale = !Read(*m_files, aside, taken) || taken == stale;
+    const Content content = Read(*m_files, aside, taken);
+    const bool wasStale = content == Content::Torn || (content == Content::Holder && taken == stale);
     if (!wasStale)
         (void)m_files->Link(aside, lock);
     (void)m_files->Delete(aside);
@@ -129,7 +128,10 @@ ZvDrawingLock::Outcome ZvDrawingLock::Take(ZvCore::IFileSystem& files, const fs:
         if (!exists)
             break;
         Holder holder;
-        const bool readable = Read(files, lock, holder);
+        const Content content = Read(files, lock, holder);
+        if (content == Content::Unreadable)
+            break; // it may be anybody's
+        const bool readable = content == Content::Holder;
         if (readable && holder == Holder::Self()) {
             m_files = nullptr; // whoever took it gives it back
             return Outcome::Taken;

@@ -5,7 +5,7 @@
 #include <string>
 
 /// A small file beside a drawing ("plan.zvd.lock") that tells other programs who is editing it. It names the process, when that
-/// began, and the machine: a lock whose process is gone is stale and taken over. Locks of other machines are never stale.
+/// began, and the machine: a lock whose process is gone, or that names none, is stale and taken over. Locks of other machines are never stale.
 class ZV_API ZvDrawingLock {
 public:
     struct ZV_API Holder {
@@ -39,7 +39,12 @@ public:
 
 private:
     bool Write(const std::filesystem::path& lock, bool& exists);
-    static bool Read(ZvCore::IFileSystem& files, const std::filesystem::path& lock, Holder& holder);
+    enum class Content {
+        Holder,
+        Torn,      ///< as a program that ended while it wrote leaves it
+        Unreadable ///< or no lock at all
+    };
+    static Content Read(ZvCore::IFileSystem& files, const std::filesystem::path& lock, Holder& holder);
     bool TakeOver(const std::filesystem::path& lock, const Holder& stale);
 
     ZvCore::IFileSystem* m_files = nullptr; ///< null: nothing is held

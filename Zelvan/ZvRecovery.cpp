@@ -10,14 +10,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* kBackup = ".bak";
+
 std::string Text(const fs::path& path) {
     return ZvPlatform::PathToUtf8(path);
 }
 
 fs::path With(const fs::path& path, const char* ending) {
-    fs::path name = path;
-    name += ending;
-    return name;
+    return ZvCore::IFileSystem::WithEnding(path, ending);
 }
 
 /// The drawing that a file of that name belongs to by its name alone; empty for a name that says nothing.
@@ -74,17 +74,15 @@ void ZvRecovery::Gather(Finding& finding) const {
     std::vector<Path> names;
     (void)m_files.List(folder, names);
     for (const Path& name : names) {
-        Path of;
-        if (!ZvCore::IFileSystem::IsTemporary(name, &of) || DrawingOfName(name) != drawing.filename())
-            continue;
-        if (of == drawing.filename())
+        if (ZvCore::IFileSystem::IsTemporaryOf(name, drawing))
             add(Kind::Unfinished, drawing.parent_path() / name);
-        else
+        else if (ZvCore::IFileSystem::IsTemporaryOf(name, With(drawing, kBackup)) ||
+                 ZvCore::IFileSystem::IsTemporaryOf(name, ZvDrawingLock::NameFor(drawing)))
             finding.rubbish.push_back(drawing.parent_path() / name);
     }
-    std::set<Path> backups{With(drawing, ".bak")};
-    if (const Path other = m_backups.Directory(drawing) / With(drawing.filename(), ".bak");
-        !m_files.Look(With(drawing, ".bak")).exists)
+    std::set<Path> backups{With(drawing, kBackup)};
+    if (const Path other = m_backups.Directory(drawing) / With(drawing.filename(), kBackup);
+        !m_files.Look(With(drawing, kBackup)).exists)
         backups.insert(other);
     for (const Path& backup : backups)
         add(Kind::Backup, backup);
@@ -92,7 +90,7 @@ void ZvRecovery::Gather(Finding& finding) const {
     (void)m_files.List(periodic, names);
     std::string base;
     for (const Path& name : names)
-        if (ZvBackups::PeriodicNumber(name, &base) >= 0 && base == Text(drawing.stem()))
+        if (ZvBackups::PeriodicNumber(name, &base) >= 0 && base == ZvBackups::SeriesOf(drawing))
             add(Kind::Periodic, periodic / name);
     std::sort(finding.candidates.begin(), finding.candidates.end(),
               [](const Candidate& a, const Candidate& b) { return a.modified > b.modified; });
@@ -139,10 +137,18 @@ ZvRecovery::Finding ZvRecovery::Look(const Path& drawing) const {
 std::string ZvRecovery::DrawingsIn(const Path& folder, std::vector<Path>& drawings) const {
     std::vector<Path> names;
     std::string why = m_files.List(folder, names);
-    std::set<Path> found;
-    for (const Path& name : names)
-        if (const Path drawing = DrawingOfName(name); !drawing.empty())
-            found.insert(folder / drawing);
+    std::set<Path> found, stoodFor; // short forms of names that are there are no drawings of their own
+    for (const Path& name : names) {
+        const Path drawing = DrawingOfName(name);
+        if (drawing.empty())
+            continue;
+        found.insert(folder / drawing);
+        if (const Path brief = ZvCore::IFileSystem::ShortForm(drawing); drawing == name && brief != drawing)
+            stoodFor.insert(folder / brief);
+    }
+    for (const Path& brief : stoodFor)
+        if (!m_files.Look(brief).exists)
+            found.erase(brief);
     drawings.assign(found.begin(), found.end());
     return why;
 }

@@ -12,6 +12,32 @@ namespace {
 constexpr size_t kCopyChunk = size_t(1) << 20;
 constexpr size_t kDigits = 8;
 constexpr std::string_view kEnding = ".tmp";
+constexpr size_t kTail = 1 + kDigits + kEnding.size();
+/// Of a short form, in units of the system; leaves room for two endings.
+constexpr size_t kLongestShort = 200;
+constexpr size_t kLongestExtension = 16;
+
+/// The beginning of the name, cut between characters.
+fs::path Beginning(const fs::path& name, size_t length) {
+    fs::path::string_type text = name.native();
+    const auto continues = [](auto unit) {
+        return sizeof unit == 1 ? (unit & 0xC0) == 0x80 : (unit & 0xFC00) == 0xDC00;
+    };
+    while (length > 0 && continues(text[length]))
+        --length;
+    text.resize(length);
+    return text;
+}
+
+/// "~" and FNV-1a.
+std::string MarkOf(const std::string& text) {
+    uint64_t hash = 0xcbf29ce484222325;
+    for (const char c : text)
+        hash = (hash ^ uint8_t(c)) * 0x100000001b3;
+    char digits[20];
+    std::snprintf(digits, sizeof digits, "~%08x%08x", uint32_t(hash >> 32), uint32_t(hash));
+    return digits;
+}
 
 std::string CopyBytes(IFile& source, IStoredFile& target) {
     std::string buffer(kCopyChunk, '\0');
@@ -31,28 +57,51 @@ fs::path IFileSystem::FolderOf(const Path& path) {
     return path.has_parent_path() ? path.parent_path() : Path(".");
 }
 
+fs::path IFileSystem::ShortForm(const Path& path) {
+    const Path name = path.filename();
+    if (name.native().size() <= kLongestShort)
+        return path;
+    Path extension = name.extension();
+    if (extension.native().size() > kLongestExtension)
+        extension.clear();
+    const std::string middle = MarkOf(ZvPlatform::PathToUtf8(name));
+    Path brief = Beginning(name, kLongestShort - middle.size() - extension.native().size());
+    brief += middle;
+    brief += extension;
+    return path.parent_path() / brief;
+}
+
+fs::path IFileSystem::WithEnding(const Path& path, std::string_view ending) {
+    const bool fits = path.filename().native().size() + ending.size() <= kLongestName;
+    Path name = fits ? path : ShortForm(path);
+    name += ending;
+    return name;
+}
+
 fs::path IFileSystem::TemporaryBeside(const Path& path) {
     uint32_t random = 0;
     ZvPlatform::RandomBytes(&random, sizeof random);
     char digits[16];
     std::snprintf(digits, sizeof digits, ".%08x", random);
-    Path name = path;
-    name += digits;
-    name += kEnding;
-    return name;
+    return WithEnding(path, std::string(digits).append(kEnding));
 }
 
 bool IFileSystem::IsTemporary(const Path& path, Path* of) {
     const std::string name = ZvPlatform::PathToUtf8(path.filename());
-    const size_t tail = 1 + kDigits + kEnding.size();
-    if (name.size() <= tail || !name.ends_with(kEnding) || name[name.size() - tail] != '.')
+    if (name.size() <= kTail || !name.ends_with(kEnding) || name[name.size() - kTail] != '.')
         return false;
-    const std::string_view digits = std::string_view(name).substr(name.size() - tail + 1, kDigits);
+    const std::string_view digits = std::string_view(name).substr(name.size() - kTail + 1, kDigits);
     if (digits.find_first_not_of("0123456789abcdef") != std::string_view::npos)
         return false;
     if (of)
-        *of = path.parent_path() / ZvPlatform::PathFromUtf8(name.substr(0, name.size() - tail));
+        *of = path.parent_path() / ZvPlatform::PathFromUtf8(name.substr(0, name.size() - kTail));
     return true;
+}
+
+bool IFileSystem::IsTemporaryOf(const Path& temporary, const Path& path) {
+    const std::string name = ZvPlatform::PathToUtf8(temporary.filename());
+    return IsTemporary(temporary) &&
+           WithEnding(path.filename(), name.substr(name.size() - kTail)) == Path(temporary.filename());
 }
 
 std::string IFileSystem::Copy(const Path& from, const Path& to) {

@@ -66,10 +66,21 @@ public:
     std::string KeepAs(const Path& from, const Path& to);
     /// The folder that a name is in; "." for a bare name.
     static Path FolderOf(const Path& path);
+    /// Names of files are at most so long: bytes, on Windows UTF-16 units.
+    static constexpr size_t kLongestName = 255;
+    static bool IsNameTooLong(const Path& path) { return path.filename().native().size() > kLongestName; }
+    /// The path with `ending` at its end. Where the name would get too long its short form gets the ending.
+    static Path WithEnding(const Path& path, std::string_view ending);
+    /// What stands for a long name where more than the name is to fit: its beginning, "~", a digest of all of it, its extension
+    /// ("planplanplan~0123456789abcdef.zvd"). The same at all times; of names up to about 200 the name itself.
+    static Path ShortForm(const Path& path);
     /// A name beside `path` that no file has: "plan.zvd.1f2e3d4c.tmp".
     static Path TemporaryBeside(const Path& path);
-    /// Whether the name has the form that TemporaryBeside makes; `of` (may be null) is set to the name that it was made from.
+    /// Whether the name has the form that TemporaryBeside makes; `of` (may be null) is set to the name that it was made from, or the
+    /// short form of that.
     static bool IsTemporary(const Path& path, Path* of = nullptr);
+    /// Whether TemporaryBeside(path) may have made it. Folders are not looked at.
+    static bool IsTemporaryOf(const Path& temporary, const Path& path);
 };
 
 } // namespace ZvCore

@@ -20,9 +20,7 @@ constexpr size_t kProbeBytes = 65536;
 fs::path TemporaryBeside(const fs::path& path) {
     uint64_t random = 0;
     RandomBytes(&random, sizeof random);
-    fs::path name = path;
-    name += ".tmp" + std::to_string(random);
-    return name;
+    return path.parent_path() / ("zvd" + std::to_string(random) + ".tmp");
 }
 
 std::string CopyAndSync(const fs::path& from, const fs::path& to) {

@@ -13,9 +13,7 @@ constexpr size_t kProbeBytes = 65536;
 fs::path TemporaryBeside(const fs::path& path) {
     uint64_t random = 0;
     RandomBytes(&random, sizeof random);
-    fs::path name = path;
-    name += L".tmp" + std::to_wstring(random);
-    return name;
+    return path.parent_path() / (L"zvd" + std::to_wstring(random) + L".tmp");
 }
 
 } // namespace
