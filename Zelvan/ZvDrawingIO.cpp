@@ -9,6 +9,7 @@
 #include "Zelvan/View/ZvView.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvFileFormatServer.h"
+#include "Zelvan/ZvNativeProvider.h"
 #include "Zelvan/ZvRecovery.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
@@ -122,7 +123,8 @@ Zv::Status ZvDrawingIO::LoadFile(const std::filesystem::path& file, uint32_t fla
     IOErrorSet& set = errors ? *errors : own;
     const ZvFileFormat* format = m_drawing.FileFormats().GetFormat(file);
     if (format && format->canLoad) {
-        const bool mayRecover = IsNative(*format) && m_drawing.Host() &&
+        const bool mayRecover = IsNative(*format) && format->id != ZvNativeProvider::kBackupFormatId &&
+                                m_drawing.Host() &&
                                 !(flags & (ZvIOFlag::Quiet | ZvIOFlag::Merge | ZvIOFlag::KeepName));
         const ZvBackups backups = Backups();
         const ZvRecovery recovery(*m_files, backups);
@@ -178,9 +180,8 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
         m_drawing.ResumeAutoCleanup();
     }
     const bool touched = content() != before || Zv::Ok(status);
-    if (touched)
-        PostLoadCleanupObligatoir(flags & ZvIOFlag::Merge);
     PostLoadCleanup(file, format, flags, status, touched, errors);
+    PostLoadCleanupObligatoir(flags & ZvIOFlag::Merge, touched);
     PostLoadRunScheduledActions();
     m_drawing.PostEvent(ZvDrawingEvent::Loaded, Zv::Ok(status));
     if (!(flags & ZvIOFlag::Quiet))
@@ -190,28 +191,20 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     return status;
 }
 
-/// What the drawing stands for now. After half a load it stands for no file: saving it must not replace a whole one.
+/// What the drawing stands for now. After half a load it stands for no file: saving it must not replace a whole one. Neither does it
+/// after a backup was loaded, so that the next save asks for a name and the backup stays what it is.
 void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format,
                                   uint32_t flags, Zv::Status status, bool touched, IOErrorSet& errors) {
     if (flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName)) {
         if (touched)
             SetDrawingDirty(true);
     } else if (Zv::Ok(status)) {
-        SetDrawingFileName(NormalizeName(file));
+        const bool isBackup = format.id == ZvNativeProvider::kBackupFormatId;
+        SetDrawingFileName(isBackup ? std::filesystem::path() : NormalizeName(file));
         NoteSeen();
-        ZvDrawingLock lock;
-        const std::filesystem::path target = m_files->Resolve(m_fileName);
-        if (IsNative(format) && !m_lock.IsFor(target) && m_files->CanWriteIn(m_files->FolderOf(target))) {
-            if (lock.Take(*m_files, target) == ZvDrawingLock::Outcome::Held)
-                errors.Add(0,
-                           XStringA::Format(
-                               ZvStrings::Get(ZvStr::LoadIsEdited), ZvPlatform::PathToUtf8(target).c_str(),
-                               std::to_string(lock.Other().process).c_str(), lock.Other().host.c_str())
-                               .Str(),
-                           IOErrorSet::Severity::Warning);
-            m_lock = std::move(lock);
-        }
-        m_lastFormat = format.id;
+        if (IsNative(format) && !isBackup)
+            LockLoaded(errors);
+        m_lastFormat = isBackup ? ZvNativeProvider::kFormatId : format.id;
         RestoreCurrentView();
         SetDrawingDirty(false);
     } else if (touched) {
@@ -220,8 +213,27 @@ void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFil
     }
 }
 
-/// Whatever a load that changed the drawing did: nothing may refer to entities that are gone.
-void ZvDrawingIO::PostLoadCleanupObligatoir(bool merged) {
+/// Tells others that the drawing's file is being edited, and the user when others edit it.
+void ZvDrawingIO::LockLoaded(IOErrorSet& errors) {
+    const std::filesystem::path target = m_files->Resolve(m_fileName);
+    if (m_lock.IsFor(target) || !m_files->CanWriteIn(m_files->FolderOf(target)))
+        return;
+    ZvDrawingLock lock;
+    if (lock.Take(*m_files, target) == ZvDrawingLock::Outcome::Held)
+        errors.Add(0,
+                   XStringA::Format(ZvStrings::Get(ZvStr::LoadIsEdited),
+                                    ZvPlatform::PathToUtf8(target).c_str(),
+                                    std::to_string(lock.Other().process).c_str(), lock.Other().host.c_str())
+                       .Str(),
+                   IOErrorSet::Severity::Warning);
+    m_lock = std::move(lock);
+}
+
+/// After every load. Where it changed the drawing, nothing may refer to entities that are gone; a drawing that a refused file left
+/// as it was keeps its selection and what can be undone.
+void ZvDrawingIO::PostLoadCleanupObligatoir(bool merged, bool touched) {
+    if (!touched)
+        return;
     if (merged)
         m_drawing.CurrentSelection().CropInvalidEntities();
     else

@@ -59,7 +59,7 @@ public:
     void AddPostLoadScheduledAction(std::function<void(ZvDrawing&)> action);
 
     // --- saving -------------------------------------------------------------------------------------------
-    /// `format` null: by the name's extension, else native. NotStarted when the save could not begin.
+    /// `format` null: native, whatever the name's extension. NotStarted when the save could not begin.
     Zv::Status SaveFile(const std::filesystem::path& file, const ZvFileFormat* format = nullptr,
                         uint32_t flags = 0, IOErrorSet* errors = nullptr,
                         const ZvFileOptions* options = nullptr);
@@ -128,7 +128,7 @@ private:
                                 IOErrorSet& errors, const ZvFileOptions* given);
     void PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                          Zv::Status status, bool touched, IOErrorSet& errors);
-    void PostLoadCleanupObligatoir(bool merged);
+    void PostLoadCleanupObligatoir(bool merged, bool touched);
     void PostLoadRunScheduledActions();
     Zv::Status SaveFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                                 IOErrorSet& errors, const ZvFileOptions* given);
@@ -136,12 +136,15 @@ private:
     bool LockFor(const std::filesystem::path& target, ZvDrawingLock& lock, IOErrorSet& errors);
     Zv::Status WriteAndReplace(const std::filesystem::path& target, const ZvFileFormat& format,
                                bool keepBackup, uint32_t flags, ZvFileOptions& options, IOErrorSet& errors);
-    bool PutInPlace(const std::filesystem::path& written, const std::filesystem::path& target,
-                    bool keepBackup, IOErrorSet& errors);
-    bool VerifyWritten(const std::filesystem::path& file, const ZvFileOptions& options,
-                       IOErrorSet& errors) const;
+    Zv::Status Write(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
+                     ZvFileOptions& options, IOErrorSet& errors, std::string& why);
+    std::string PutInPlace(const std::filesystem::path& written, const std::filesystem::path& target,
+                           bool keepBackup, IOErrorSet& errors);
+    std::string VerifyWritten(const std::filesystem::path& file, const ZvFileOptions& options,
+                              uint64_t unwritten) const;
     ZvBackups Backups() const;
     bool IsNative(const ZvFileFormat& format) const;
+    void LockLoaded(IOErrorSet& errors);
     bool OpenOne(const std::filesystem::path& file,
                  const std::function<Zv::Status(const std::filesystem::path&)>& open);
     /// What the drawing's file is like after it was read or written.

@@ -14,24 +14,40 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Deletes the file at the end of the scope unless it was released.
+/// What is written of a file until it is whole: deleted at the end of the scope unless it was released.
 class HalfFile {
 public:
     HalfFile(ZvCore::IFileSystem& files, fs::path path) : m_files(files), m_path(std::move(path)) {}
-    ~HalfFile() {
-        if (m_path.empty())
-            return;
-        if (const std::string why = m_files.Delete(m_path); !why.empty())
-            ZvLog::Write(ZvLog::Level::Warning, ZvPlatform::PathToUtf8(m_path) + " not deleted: " + why);
-    }
+    ~HalfFile() { (void)Discard(); }
     HalfFile(const HalfFile&) = delete;
     HalfFile& operator=(const HalfFile&) = delete;
     void Release() { m_path.clear(); }
+    /// False, told to the log, when it cannot be deleted.
+    bool Discard() {
+        if (m_path.empty())
+            return true;
+        const fs::path path = std::exchange(m_path, {});
+        const std::string why = m_files.Delete(path);
+        if (!why.empty())
+            ZvLog::Write(ZvLog::Level::Warning, ZvPlatform::PathToUtf8(path) + " not deleted: " + why);
+        return why.empty();
+    }
 
 private:
     ZvCore::IFileSystem& m_files;
     fs::path m_path;
 };
+
+/// The errors of the set in one line without a full stop, to be a part of another text.
+std::string Reasons(const IOErrorSet& errors) {
+    std::string line;
+    for (const IOErrorSet::Item& item : errors.Items())
+        if (item.severity == IOErrorSet::Severity::Error)
+            line += (line.empty() ? "" : "; ") + item.text;
+    while (line.ends_with('.') || line.ends_with('\n'))
+        line.pop_back();
+    return line.empty() ? ZvStrings::Get(ZvStr::SaveUnknownReason) : line;
+}
 
 template <class... Values>
 void AddText(IOErrorSet& errors, int text, const fs::path& path, const Values&... values) {
@@ -77,8 +93,6 @@ Zv::Status ZvDrawingIO::SaveFile(const fs::path& given, const ZvFileFormat* form
     IOErrorSet own;
     IOErrorSet& set = errors ? *errors : own;
     const fs::path file = NormalizeName(given);
-    if (!format)
-        format = m_drawing.FileFormats().GetSaveFormat(file);
     if (!format)
         format = m_drawing.FileFormats().GetNativeSaveFormat();
     Zv::Status status = Zv::Status::NotStarted;
@@ -149,7 +163,8 @@ bool ZvDrawingIO::PreSave(const ZvFileFormat& format) {
                 layout->Verbs()->PurgeUndo();
         m_drawing.RefreshRecordUsage();
     }
-    bitmaps->PrepareSave();
+    // Linked images are named relative to where the drawing is now, not to where it goes.
+    bitmaps->PrepareSave(m_fileName.empty() ? "" : ZvPlatform::PathToUtf8(m_files->FolderOf(m_fileName)));
     return IsNative(format);
 }
 
@@ -165,7 +180,10 @@ void ZvDrawingIO::PostSave() {
 bool ZvDrawingIO::MayReplace(const fs::path& target, uint32_t flags, IOErrorSet& errors) {
     const ZvCore::IFileSystem::Info there = m_files->Look(target);
     const fs::path folder = m_files->FolderOf(target);
-    if (there.isFolder)
+    if (m_files->IsNameTooLong(target))
+        AddText(errors, ZvStr::SaveNameTooLong, target, int(target.filename().native().size()),
+                int(ZvCore::IFileSystem::kLongestName));
+    else if (there.isFolder)
         AddText(errors, ZvStr::SaveIsFolder, target);
     else if (there.exists && there.isReadOnly)
         AddText(errors, ZvStr::SaveIsReadOnly, target);
@@ -202,32 +220,53 @@ Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileForm
     const bool direct = !replaces || format.replacesTarget;
     const fs::path written = direct ? target : m_files->TemporaryBeside(target);
     HalfFile half(*m_files, format.replacesTarget ? fs::path() : written);
+    std::string why;
+    const Zv::Status status = Write(written, format, flags, options, errors, why);
+    if (status == Zv::Status::Cancelled)
+        return status;
+    if (!Zv::Ok(status) || (!direct && !(why = PutInPlace(written, target, keepBackup, errors)).empty())) {
+        const int text = !direct || half.Discard() ? replaces ? ZvStr::SaveFailed : ZvStr::SaveFailedNew
+                                                   : ZvStr::SaveFailedLeft;
+        AddText(errors, text, target, why.c_str());
+        return Zv::Ok(status) ? Zv::Status::Failure : status;
+    }
+    if (direct)
+        half.Release();
+    why = m_files->SyncFolder(m_files->FolderOf(target));
+    if (!why.empty())
+        ZvLog::Write(ZvLog::Level::Warning, "folder not flushed: " + why);
+    if (IZvHost* host = m_drawing.Host(); host && !direct)
+        host->SetStatusText(ZvStrings::GetW(ZvStr::SaveDone));
+    return Zv::Status::Success;
+}
+
+/// Warnings go to `errors`, the reasons of a failure to `why`.
+Zv::Status ZvDrawingIO::Write(const fs::path& file, const ZvFileFormat& format, uint32_t flags,
+                              ZvFileOptions& options, IOErrorSet& errors, std::string& why) {
     uint64_t unwritten = 0;
     options.unwritten = &unwritten;
     IZvHost* host = m_drawing.Host();
     const auto progress = host ? host->StartProgress(ZvStrings::GetW(ZvStr::SavingDrawing))
                                : std::unique_ptr<ZvCore::IProgress>(new ZvCore::NoProgress);
-    const Zv::Status status = format.provider->Save(m_drawing, written, format, options, errors, *progress);
+    IOErrorSet writing;
+    const Zv::Status status = format.provider->Save(m_drawing, file, format, options, writing, *progress);
+    options.unwritten = nullptr;
+    for (const IOErrorSet::Item& item : writing.Items())
+        if (Zv::Ok(status) || item.severity == IOErrorSet::Severity::Warning)
+            for (int i = 0; i < item.count; ++i)
+                errors.Add(item.code, item.text, item.severity);
     if (!Zv::Ok(status)) {
-        if (status != Zv::Status::Cancelled)
-            AddText(errors, replaces ? ZvStr::SaveFailed : ZvStr::SaveFailedNew, target);
+        why = Reasons(writing);
         return status;
     }
-    if (IsNative(format) && !(flags & ZvIOFlag::NoVerify) && !VerifyWritten(written, options, errors))
-        return Zv::Status::Failure;
-    if (!direct && !PutInPlace(written, target, keepBackup, errors))
-        return Zv::Status::Failure;
-    if (direct)
-        half.Release();
-    if (const std::string why = m_files->SyncFolder(m_files->FolderOf(target)); !why.empty())
-        ZvLog::Write(ZvLog::Level::Warning, "folder not flushed: " + why);
-    if (host && !direct)
-        host->SetStatusText(ZvStrings::GetW(ZvStr::SaveDone));
-    return Zv::Status::Success;
+    if (IsNative(format) && !(flags & ZvIOFlag::NoVerify))
+        why = VerifyWritten(file, options, unwritten);
+    return Zv::FromBool(why.empty());
 }
 
-bool ZvDrawingIO::PutInPlace(const fs::path& written, const fs::path& target, bool keepBackup,
-                             IOErrorSet& errors) {
+/// Empty, or why the target could not be replaced.
+std::string ZvDrawingIO::PutInPlace(const fs::path& written, const fs::path& target, bool keepBackup,
+                                    IOErrorSet& errors) {
     IZvHost* host = m_drawing.Host();
     const auto tell = [&](int text) {
         if (host)
@@ -236,35 +275,35 @@ bool ZvDrawingIO::PutInPlace(const fs::path& written, const fs::path& target, bo
     std::string why = m_files->CopyPermissions(target, written);
     if (!why.empty())
         ZvLog::Write(ZvLog::Level::Warning, "permissions not kept: " + why);
-    if (const fs::path backup = keepBackup ? Backups().GetInstantBackupFilename(target) : fs::path();
-        !backup.empty()) {
+    std::string withoutBackup;
+    const fs::path backup = keepBackup ? Backups().GetInstantBackupFilename(target) : fs::path();
+    if (!backup.empty()) {
         tell(ZvStr::ShiftingBackups);
-        why = m_files->ReplaceKeeping(written, target, backup);
-        if (why.empty())
-            return true;
-        // Without the backup, then; a file system that cannot even rename says so again below.
-        errors.Add(0,
-                   XStringA::Format(ZvStrings::Get(ZvStr::SaveBackupFailed),
-                                    ZvPlatform::PathToUtf8(backup).c_str(), why.c_str())
-                       .Str(),
-                   IOErrorSet::Severity::Warning);
+        withoutBackup = m_files->ReplaceKeeping(written, target, backup);
+        if (withoutBackup.empty())
+            return {};
     }
     tell(ZvStr::ReplacingOriginal);
     why = m_files->Rename(written, target);
     if (!why.empty())
-        AddText(errors, ZvStr::SaveCannotReplace, target, why.c_str());
-    return why.empty();
+        return XStringA::Format(ZvStrings::Get(ZvStr::SaveCannotReplace), why.c_str()).Str();
+    if (!withoutBackup.empty())
+        errors.Add(0,
+                   XStringA::Format(ZvStrings::Get(ZvStr::SaveBackupFailed),
+                                    ZvPlatform::PathToUtf8(backup).c_str(), withoutBackup.c_str())
+                       .Str(),
+                   IOErrorSet::Severity::Warning);
+    return {};
 }
 
-bool ZvDrawingIO::VerifyWritten(const fs::path& file, const ZvFileOptions& options,
-                                IOErrorSet& errors) const {
+/// Empty, or what is wrong with the file. `unwritten`: entities that are known to be missing in it.
+std::string ZvDrawingIO::VerifyWritten(const fs::path& file, const ZvFileOptions& options,
+                                       uint64_t unwritten) const {
     std::optional<uint64_t> entities;
     if (!options.selection || !options.values.GetBool("SelectionOnly", true))
-        entities = ZvSaveVerifier::Census(m_drawing) - (options.unwritten ? *options.unwritten : 0);
+        entities = ZvSaveVerifier::Census(m_drawing) - unwritten;
     const std::string why = ZvSaveVerifier(*m_files).Check(file, entities);
-    if (!why.empty())
-        errors.Add(0, XStringA::Format(ZvStrings::Get(ZvStr::SaveNotVerified), why.c_str()).Str());
-    return why.empty();
+    return why.empty() ? why : XStringA::Format(ZvStrings::Get(ZvStr::SaveNotVerified), why.c_str()).Str();
 }
 
 Zv::Status ZvDrawingIO::SaveNativeInternal(const fs::path& file, uint32_t flags, IOErrorSet& errors,

@@ -8,6 +8,7 @@
 #include "Zelvan/Verbs/ZvVerb.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvDrawingIO.h"
+#include "Zelvan/ZvFileFormatServer.h"
 #include "Zelvan/ZvServer.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
@@ -117,7 +118,7 @@ ZvDrawing* ZvDrawing::CurrentDrawing() {
 void ZvDrawing::FatalError() {
     if (m_dialogs->AskSaveAfterFatalError())
         if (const auto file = m_dialogs->AskSave(m_io->DrawingFileName()); !file.empty())
-            (void)m_io->SaveFile(file); // shows its own errors
+            (void)m_io->SaveFile(file, m_formats->GetSaveFormat(file)); // shows its own errors
     PostEvent(ZvDrawingEvent::FatalError);
 }
 

@@ -46,7 +46,11 @@ std::vector<ZvFileFormat> ZvNativeProvider::Formats() const {
     older.id = "zvf";
     older.extensions = {"zvf", "zelvantextures"};
     older.canSave = false;
-    return {drawing, older};
+    ZvFileFormat backup = older;
+    backup.id = kBackupFormatId;
+    backup.name = ZvStrings::GetW(ZvStr::BackupFilter);
+    backup.extensions = {"zvd.bak"};
+    return {drawing, older, backup};
 }
 
 Zv::Status ZvNativeProvider::Load(ZvDrawing& drawing, const std::filesystem::path& file, const ZvFileFormat&,

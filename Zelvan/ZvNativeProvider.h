@@ -8,6 +8,7 @@
 class ZV_API ZvNativeProvider final : public IZvFileProvider {
 public:
     static constexpr const char* kFormatId = "zvd";
+    static constexpr const char* kBackupFormatId = "bak"; ///< backups, which are loaded alone
     std::string ProviderName() const override { return "Zelvan"; }
     std::vector<ZvFileFormat> Formats() const override;
     Zv::Status Load(ZvDrawing& drawing, const std::filesystem::path& file, const ZvFileFormat& format,

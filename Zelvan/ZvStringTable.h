@@ -205,10 +205,10 @@ ZV_STRING(48503, SaveDrawing, "Save Drawing")
 ZV_STRING(48504, SaveNeedsExtension, "Save formats need proper extension")
 ZV_STRING(48505, ReplacingOriginal, "Replacing original file")
 ZV_STRING(48506, SaveDone, "Done")
-ZV_STRING(48507, SaveFailed, "\"%s\" could not be saved; a file of that name is as it was.")
-ZV_STRING(48508, SaveCannotReplace, "\"%s\" could not be replaced and is as it was: %s")
-ZV_STRING(48509, SaveNotVerified,
-          "What was written could not be read back, so the file of that name is as it was: %s")
+ZV_STRING(48507, SaveFailed,
+          "\"%s\" could not be saved and is as it was: %s. Try again, or save to another place.")
+ZV_STRING(48508, SaveCannotReplace, "the old file cannot be replaced: %s")
+ZV_STRING(48509, SaveNotVerified, "what was written does not read back whole: %s")
 ZV_STRING(48510, ShiftingBackups, "Shifting backup files")
 ZV_STRING(48511, BackupPathUnwritable,
           "Autobackup of the Drawing cannot continue because the chosen path '%s' cannot be written to.\n")
@@ -230,9 +230,16 @@ ZV_STRING(48521, SaveChangedKept,
 ZV_STRING(48522, SaveIsEdited,
           "\"%s\" is being edited by process %s on %s and was not overwritten. Close it there, or save under "
           "another name.")
-ZV_STRING(48523, SaveFailedNew, "\"%s\" could not be saved; what was written of it was deleted.")
+ZV_STRING(48523, SaveFailedNew,
+          "\"%s\" could not be saved, and what was written of it was deleted: %s. Try again, or save to another place.")
 ZV_STRING(48524, SaveCensus, "it holds %I64d objects and the drawing %I64d")
 ZV_STRING(48525, SaveNoDigest, "it has no digest")
+ZV_STRING(48526, SaveFailedLeft,
+          "\"%s\" could not be saved: %s. A part of it was written and could not be deleted again; do not use it. Try "
+          "again, or save to another place.")
+ZV_STRING(48527, SaveNameTooLong,
+          "\"%s\" cannot be saved: the name is %d characters long, and file systems take %d. Choose a shorter name.")
+ZV_STRING(48528, SaveUnknownReason, "the reason is not known")
 
 ZV_STRING(49000, NothingToUndo, "There is nothing to undo.")
 ZV_STRING(49001, CannotUndo, "The previous operation cannot be undone")

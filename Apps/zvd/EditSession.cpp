@@ -7,6 +7,7 @@
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvDrawingIO.h"
+#include "Zelvan/ZvFileFormatServer.h"
 #include "ZvCore/IOErrorSet.h"
 #include "ZvCore/Platform/Platform.h"
 #include <utility>
@@ -206,8 +207,9 @@ bool EditSession::Section(const EditLine& line, EditOutcome& outcome) {
 bool EditSession::Save(const EditLine& line, EditOutcome& outcome) {
     const std::filesystem::path target =
         line.words.empty() ? m_file : ZvPlatform::PathFromUtf8(line.words[0]);
+    const ZvFileFormat* format = m_drawing.FileFormats().GetSaveFormat(target);
     IOErrorSet errors;
-    if (!Zv::Ok(m_drawing.DrawingIO()->SaveFile(target, nullptr, 0, &errors)))
+    if (!Zv::Ok(m_drawing.DrawingIO()->SaveFile(target, format, 0, &errors)))
         return Refuse(outcome, "cannot save '" + ZvPlatform::PathToUtf8(target) + "': " + errors.ToString());
     ++m_saves;
     outcome.text = "saved " + ZvPlatform::PathToUtf8(m_drawing.DrawingIO()->DrawingFileName());

@@ -49,7 +49,8 @@ protected:
         ZvFileOptions options;
         options.losses = &m_losses;
         m_errors.Clear();
-        ASSERT_EQ(drawing.DrawingIO()->SaveFile(file, nullptr, ZvIOFlag::Quiet, &m_errors, &options),
+        ASSERT_EQ(drawing.DrawingIO()->SaveFile(file, drawing.FileFormats().GetSaveFormat(file),
+                                                ZvIOFlag::Quiet, &m_errors, &options),
                   Zv::Status::Success)
             << file << "\n"
             << m_errors.ToString();

@@ -157,8 +157,9 @@ bool IsMap(const fs::path& file) {
 void Transfer(bool load, ZvDrawing& drawing, const fs::path& file) {
     IOErrorSet errors;
     ZvDrawingIO& io = *drawing.DrawingIO();
-    const Zv::Status status = load ? io.LoadFile(file, ZvIOFlag::Quiet, &errors)
-                                   : io.SaveFile(file, nullptr, ZvIOFlag::Quiet, &errors);
+    const Zv::Status status =
+        load ? io.LoadFile(file, ZvIOFlag::Quiet, &errors)
+             : io.SaveFile(file, drawing.FileFormats().GetSaveFormat(file), ZvIOFlag::Quiet, &errors);
     ASSERT_EQ(status, Zv::Status::Success) << file << "\n" << errors.ToString();
 }
 
