@@ -7,10 +7,6 @@
 namespace {
 
 constexpr uint64_t kSector = 512;
-/// Of writes to one file that follow each other, a cut is tried after every so many.
-constexpr size_t kWriteStride = 8;
-constexpr size_t kMostSubsets = 6;
-constexpr int kModes = 10;
 
 std::string FolderKey(const std::string& path) {
     const size_t slash = path.rfind('/');
@@ -144,9 +140,11 @@ void SimulatedFiles::Name(std::vector<std::pair<std::string, int>> changes) {
     now.ticks += DateTime::kTicksPerSecond;
 }
 
-bool SimulatedFiles::IsOpenFolder(const Path& path) const {
+const char* SimulatedFiles::Objection(const Path& path) const {
     const std::string folder = FolderKey(path.generic_string());
-    return m_folders.contains(folder) && !m_closed.contains(folder);
+    if (IsNameTooLong(path))
+        return "the name is too long";
+    return m_folders.contains(folder) && !m_closed.contains(folder) ? nullptr : "access denied";
 }
 
 std::unique_ptr<ZvCore::IStoredFile> SimulatedFiles::Open(const Path& path, Mode mode, std::string& why) {
@@ -159,8 +157,8 @@ std::unique_ptr<ZvCore::IStoredFile> SimulatedFiles::Open(const Path& path, Mode
         why = "no such file";
     else if (mode == Mode::CreateNew && exists)
         why = "it exists already";
-    else if (mode != Mode::Read && !IsOpenFolder(path))
-        why = "access denied";
+    else if (const char* objection = mode == Mode::Read ? nullptr : Objection(path))
+        why = objection;
     else {
         if (mode == Mode::Read)
             return std::make_unique<Stream>(*this, found->second, false);
@@ -179,6 +177,7 @@ ZvCore::IFileSystem::Info SimulatedFiles::Look(const Path& path) {
         info.length = m_nodes[size_t(found->second)].bytes.size();
         info.modified = m_nodes[size_t(found->second)].modified;
     }
+    info.isReadOnly = m_readOnly.contains(path.generic_string());
     info.isFolder = m_folders.contains(path.generic_string());
     info.exists = info.exists || info.isFolder;
     return info;
@@ -200,8 +199,12 @@ std::string SimulatedFiles::Rename(const Path& from, const Path& to) {
         return kFault;
     if (found == m_names.end())
         return "no such file";
-    if (!IsOpenFolder(to))
-        return "access denied";
+    if (const char* objection = Objection(to))
+        return objection;
+    if (m_folders.contains(to.generic_string()))
+        return "it is a folder";
+    if (m_held.contains(to.generic_string()))
+        return "another program uses it";
     const int node = found->second;
     const auto there = m_names.find(to.generic_string());
     if (there == m_names.end() || there->second != node) // as POSIX has it: two names of one file both stay
@@ -215,8 +218,10 @@ std::string SimulatedFiles::Link(const Path& from, const Path& to) {
         return kFault;
     if (found == m_names.end() || m_names.contains(to.generic_string()))
         return "it exists already";
-    if (!IsOpenFolder(to))
-        return "access denied";
+    if (const char* objection = Objection(to))
+        return objection;
+    if (m_folders.contains(to.generic_string()))
+        return "it is a folder";
     Name({{to.generic_string(), found->second}});
     return {};
 }
@@ -270,7 +275,7 @@ struct SimulatedFiles::Stored {
     }
 };
 
-size_t SimulatedFiles::ForEachCut(const std::function<void(SimulatedFiles&)>& visit) const {
+size_t SimulatedFiles::ForEachCut(const Cuts& cuts, const std::function<void(SimulatedFiles&)>& visit) const {
     std::mt19937 random(1);
     std::unordered_set<std::string> seen;
     std::map<std::string, int> names = m_namesBefore;
@@ -314,13 +319,13 @@ size_t SimulatedFiles::ForEachCut(const std::function<void(SimulatedFiles&)>& vi
         const bool inWrites =
             k < m_log.size() && k > 0 && m_log[k].kind == Step::Write && m_log[k - 1].kind == Step::Write;
         writes = inWrites ? writes + 1 : 0;
-        if (writes % kWriteStride == 0) {
+        if (writes % cuts.writeStride == 0) {
             const bool tears = std::any_of(stored.begin(), stored.end(),
                                            [](const auto& s) { return !s.second.waiting.empty(); });
             const size_t count = waitingNames.size();
             const uint64_t whole = count >= 64 ? UINT64_MAX : (uint64_t(1) << count) - 1;
-            for (int mode = 0; mode < (tears ? kModes : 1); ++mode) {
-                if (count <= kMostSubsets)
+            for (int mode = 0; mode < (tears ? cuts.modes : 1); ++mode) {
+                if (count <= cuts.mostSubsets)
                     for (uint64_t kept = 0; kept <= whole; ++kept)
                         tryState(kept, mode);
                 else

@@ -32,13 +32,24 @@ public:
     /// A disk that says it has synced and has not.
     void SetLyingSync() { m_lies = true; }
     void SetReadOnlyFolder(const Path& folder) { m_closed.insert(folder.generic_string()); }
+    void SetReadOnly(const Path& path) { m_readOnly.insert(path.generic_string()); }
+    /// As if another program had the file open in a way that keeps it from being replaced.
+    void SetHeld(const Path& path) { m_held.insert(path.generic_string()); }
     void SetModified(const Path& path, DateTime time) {
         m_nodes[size_t(m_names.at(path.generic_string()))].modified = time;
     }
     DateTime now = DateTime::FromUtc(2020, 1, 1);
 
+    /// How closely cuts are tried. The defaults take a sample that runs in moments.
+    struct Cuts {
+        size_t writeStride = 8; ///< of writes to one file that follow each other, a cut after every so many
+        size_t mostSubsets =
+            6;          ///< up to so many waiting names every subset of them is lost, of more a choice
+        int modes = 10; ///< of what waiting bytes leave; from 4 on sectors at random
+        static Cuts All() { return {1, 12, 64}; }
+    };
     /// Calls `visit` once for every different state that a power cut at any moment since Settle could leave. How many.
-    size_t ForEachCut(const std::function<void(SimulatedFiles& after)>& visit) const;
+    size_t ForEachCut(const Cuts& cuts, const std::function<void(SimulatedFiles& after)>& visit) const;
 
     std::unique_ptr<ZvCore::IStoredFile> Open(const Path& path, Mode mode, std::string& why) override;
     Info Look(const Path& path) override;
@@ -69,11 +80,12 @@ private:
     class Stream;
     bool Trip() { return ++m_calls == m_failAt; }
     void Name(std::vector<std::pair<std::string, int>> changes);
-    bool IsOpenFolder(const Path& path) const;
+    /// Why no file of that name can be made; null when it can.
+    const char* Objection(const Path& path) const;
 
     std::map<std::string, int> m_names;
     std::vector<Node> m_nodes;
-    std::set<std::string> m_folders, m_closed;
+    std::set<std::string> m_folders, m_closed, m_readOnly, m_held;
     std::vector<Step> m_log;
     std::map<std::string, int> m_namesBefore;
     std::vector<Node> m_nodesBefore;

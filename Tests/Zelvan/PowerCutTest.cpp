@@ -1,128 +1,118 @@
-#include "Tests/Support/SimulatedFiles.h"
-#include "Zelvan/Entities/ZvPointEnt.h"
-#include "Zelvan/Ports/ZvSilentHost.h"
-#include "Zelvan/ZvDrawing.h"
-#include "Zelvan/ZvDrawingIO.h"
+#include "Tests/Support/DrawingOnDisk.h"
 #include "Zelvan/ZvRecovery.h"
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
 #include <set>
 
 namespace {
 
-const char* const kPlan = "/d/plan.zvd";
-
-/// A drawing on a simulated disk, saved once and changed since.
-class World {
-public:
-    World() {
-        files.MakeFolder("/d");
-        files.MakeFolder("/b");
-        drawing.DrawingIO()->SetFiles(files);
-        drawing.DrawingIO()->SetBackupSettings(&settings);
-        drawing.SetHost(&host);
-        Change();
-    }
-    void Change() {
-        for (int i = 0; i < 100; ++i, ++m_points)
-            drawing.Insert(
-                std::make_unique<ZvPointEnt>(Vec3d{m_points * 0.37, m_points * m_points * 0.11, 0}));
-        drawing.SetModified();
-    }
-    Zv::Status Save(uint32_t flags = 0) {
-        errors.Clear();
-        return drawing.DrawingIO()->SaveFile(kPlan, nullptr, flags, &errors);
-    }
-    void SaveOld() {
-        ASSERT_TRUE(Zv::Ok(Save())) << errors.ToString();
-        Change();
-        files.Settle();
-    }
-    SimulatedFiles files;
-    ZvBackupSettings settings;
-    ZvSilentHost host;
-    IOErrorSet errors;
-    ZvDrawing drawing;
-
-private:
-    int m_points = 0;
-};
+const char* const kPlan = DrawingOnDisk::kPlan;
 
 struct Script {
     const char* name;
-    std::function<void(World&)> before;
-    std::function<void(World&)> save;
+    std::function<void(DrawingOnDisk&)> before;
+    std::function<void(DrawingOnDisk&)> save;
 };
 
-void SaveWorld(World& world) {
+void SaveWorld(DrawingOnDisk& world) {
     EXPECT_TRUE(Zv::Ok(world.Save())) << world.errors.ToString();
 }
 
-void OldOnly(World& world) {
+void OldOnly(DrawingOnDisk& world) {
     world.settings.instantBackup = false;
     world.SaveOld();
 }
 
-void OldWithBackup(World& world) {
+void OldWithBackup(DrawingOnDisk& world) {
     world.SaveOld();
     world.SaveOld();
 }
 
-void ElsewhereBackup(World& world) {
+void ElsewhereBackup(DrawingOnDisk& world) {
     world.settings.besideDrawing = false;
     world.settings.directory = "/b";
     world.SaveOld();
 }
 
-void NoLinks(World& world) {
+void NoLinks(DrawingOnDisk& world) {
     world.files.SetLinks(false);
     world.SaveOld();
 }
 
-void Backup(World& world) {
-    EXPECT_TRUE(Zv::Ok(world.drawing.DrawingIO()->PeriodicBackup(true)));
+void Backup(DrawingOnDisk& world) {
+    world.Backup();
 }
 
-void FullDisk(World& world, uint64_t room) {
+void FullDisk(DrawingOnDisk& world, uint64_t room) {
     world.files.SetRoom(room);
     EXPECT_FALSE(Zv::Ok(world.Save()));
     EXPECT_TRUE(world.errors.HasErrors());
 }
 
+void Recover(DrawingOnDisk& world) {
+    const ZvBackups backups(world.files, world.settings, IZvClock::System(), nullptr);
+    const ZvRecovery recovery(world.files, backups);
+    const ZvRecovery::Finding finding = recovery.Look(kPlan);
+    ASSERT_NE(finding.Best(), nullptr);
+    EXPECT_EQ(recovery.Restore(finding, *finding.Best()), "");
+}
+
 const Script kScripts[] = {
-    {"first save", [](World&) {}, SaveWorld},
+    {"first save", [](DrawingOnDisk&) {}, SaveWorld},
     {"over an old file, no backup", OldOnly, SaveWorld},
-    {"first backup", [](World& w) { w.SaveOld(); }, SaveWorld},
+    {"first backup", [](DrawingOnDisk& w) { w.SaveOld(); }, SaveWorld},
     {"backup over an older one", OldWithBackup, SaveWorld},
     {"backup directory", ElsewhereBackup, SaveWorld},
     {"no links", NoLinks, SaveWorld},
     {"no links, backup directory",
-     [](World& w) {
+     [](DrawingOnDisk& w) {
          w.files.SetLinks(false);
          ElsewhereBackup(w);
      },
      SaveWorld},
-    {"solid", [](World& w) { w.SaveOld(); },
-     [](World& w) { EXPECT_TRUE(Zv::Ok(w.Save(ZvIOFlag::Solid))) << w.errors.ToString(); }},
-    {"unverified", [](World& w) { w.SaveOld(); },
-     [](World& w) { EXPECT_TRUE(Zv::Ok(w.Save(ZvIOFlag::NoVerify))) << w.errors.ToString(); }},
-    {"first periodic backup", [](World& w) { w.SaveOld(); }, Backup},
+    {"solid", [](DrawingOnDisk& w) { w.SaveOld(); },
+     [](DrawingOnDisk& w) { EXPECT_TRUE(Zv::Ok(w.Save(ZvIOFlag::Solid))) << w.errors.ToString(); }},
+    {"unverified", [](DrawingOnDisk& w) { w.SaveOld(); },
+     [](DrawingOnDisk& w) { EXPECT_TRUE(Zv::Ok(w.Save(ZvIOFlag::NoVerify))) << w.errors.ToString(); }},
+    {"first periodic backup", [](DrawingOnDisk& w) { w.SaveOld(); }, Backup},
     {"periodic rotation",
-     [](World& w) {
+     [](DrawingOnDisk& w) {
          w.settings.periodicKept = 2;
          w.SaveOld();
-         Backup(w), Backup(w);
+         w.Backup(), w.Backup();
          w.files.Settle();
      },
      Backup},
-    {"disk full at once", [](World& w) { w.SaveOld(); }, [](World& w) { FullDisk(w, 0); }},
-    {"disk full soon", [](World& w) { w.SaveOld(); }, [](World& w) { FullDisk(w, 500); }},
-    {"disk full late", [](World& w) { w.SaveOld(); },
-     [](World& w) { FullDisk(w, w.files.Get(kPlan).size() - 100); }},
-    {"first save on a full disk", [](World&) {}, [](World& w) { FullDisk(w, 900); }},
-    {"two saves", [](World& w) { w.SaveOld(); },
-     [](World& w) {
+    {"periodic backup and purge",
+     [](DrawingOnDisk& w) {
+         w.settings.expiryHours = 1;
+         w.SaveOld();
+         w.Backup();
+         w.Change();
+     },
+     Backup},
+    {"first save on a full disk", [](DrawingOnDisk&) {}, [](DrawingOnDisk& w) { FullDisk(w, 900); }},
+    {"periodic backup on a full disk", [](DrawingOnDisk& w) { w.SaveOld(); },
+     [](DrawingOnDisk& w) {
+         w.files.SetRoom(700);
+         EXPECT_FALSE(Zv::Ok(w.drawing.DrawingIO()->PeriodicBackup(true)));
+     }},
+    {"recovery of a damaged file",
+     [](DrawingOnDisk& w) {
+         OldWithBackup(w);
+         w.files.Put(kPlan, "damaged");
+     },
+     Recover},
+    {"recovery of a missing file",
+     [](DrawingOnDisk& w) {
+         OldWithBackup(w);
+         EXPECT_EQ(w.files.Delete(kPlan), "");
+     },
+     Recover},
+    {"two saves", [](DrawingOnDisk& w) { w.SaveOld(); },
+     [](DrawingOnDisk& w) {
          SaveWorld(w);
          w.Change();
          SaveWorld(w);
@@ -130,7 +120,7 @@ const Script kScripts[] = {
 };
 
 /// The folder as a program finds it: what the drawing is, and what it becomes when the offer is taken.
-void ExpectOldOrNew(SimulatedFiles& after, const World& world, const std::set<std::string>& allowed,
+void ExpectOldOrNew(SimulatedFiles& after, const DrawingOnDisk& world, const std::set<std::string>& allowed,
                     bool hadOld) {
     ZvBackups backups(after, world.settings, IZvClock::System(), nullptr);
     const ZvRecovery recovery(after, backups);
@@ -148,116 +138,63 @@ void ExpectOldOrNew(SimulatedFiles& after, const World& world, const std::set<st
     }
 }
 
+bool Thoroughly() {
+    return std::getenv("ZELVAN_SOAK_CUTS") != nullptr;
+}
+
+/// Runs the script and looks at every state that a power cut in it could leave; how many those are.
+size_t TryCuts(const Script& script) {
+    SCOPED_TRACE(script.name);
+    DrawingOnDisk world;
+    script.before(world);
+    world.files.Settle();
+    std::set<std::string> allowed;
+    const auto note = [&] {
+        for (const auto& [path, bytes] : world.files.All())
+            if (path.starts_with(kPlan) || ZvBackups::PeriodicNumber(path) >= 0)
+                allowed.insert(bytes); // of two saves the one between is the backup
+    };
+    note();
+    const bool hadOld = world.files.Look(kPlan).exists;
+    script.save(world);
+    note();
+    const auto cuts = Thoroughly() ? SimulatedFiles::Cuts::All() : SimulatedFiles::Cuts();
+    const size_t states = world.files.ForEachCut(
+        cuts, [&](SimulatedFiles& after) { ExpectOldOrNew(after, world, allowed, hadOld); });
+    if (*script.name)
+        std::printf("  %-32s %7zu states\n", script.name, states);
+    EXPECT_GT(states, 1u);
+    return states;
+}
+
 } // namespace
 
 TEST(PowerCut, EveryStateOfEverySaveHoldsTheOldOrTheNewDrawing) {
     size_t total = 0;
-    for (const Script& script : kScripts) {
-        SCOPED_TRACE(script.name);
-        World world;
-        script.before(world);
-        world.files.Settle();
-        std::set<std::string> allowed;
-        const std::string old = world.files.Get(kPlan);
-        const auto note = [&] {
-            for (const auto& [path, bytes] : world.files.All())
-                if (path == kPlan || ZvBackups::PeriodicNumber(path) >= 0)
-                    allowed.insert(bytes);
-        };
-        note();
-        script.save(world);
-        note();
-        for (const auto& [path, bytes] : world.files.All()) // of two saves the one between
-            if (path == std::string(kPlan) + ".bak")
-                allowed.insert(bytes);
-        const size_t states = world.files.ForEachCut(
-            [&](SimulatedFiles& after) { ExpectOldOrNew(after, world, allowed, !old.empty()); });
-        std::printf("  %-28s %6zu states\n", script.name, states);
-        total += states;
-        EXPECT_GT(states, 1u);
-    }
-    std::printf("  %-28s %6zu states\n", "all", total);
+    for (const Script& script : kScripts)
+        total += TryCuts(script);
+    const size_t full = DrawingOnDisk().SizeWhenSaved();
+    const size_t step = Thoroughly() ? 64 : full / 6;
+    size_t states = 0;
+    for (size_t room = 0; room < full - 100; room += step)
+        states += TryCuts(
+            {"", [](DrawingOnDisk& w) { w.SaveOld(); }, [&](DrawingOnDisk& w) { FullDisk(w, room); }});
+    std::printf("  %-32s %7zu states\n", "disk full, at every moment", states);
+    std::printf("  %-32s %7zu states\n", "all", total + states);
 }
 
 /// The simulation itself: without syncs it must come across folders that hold no whole drawing.
 TEST(PowerCut, ADiskThatDoesNotSyncLosesDrawings) {
-    World world;
+    DrawingOnDisk world;
     world.settings.instantBackup = false;
     world.SaveOld();
     world.files.SetLyingSync();
     SaveWorld(world);
     int lost = 0;
-    world.files.ForEachCut([&](SimulatedFiles& after) {
+    world.files.ForEachCut({}, [&](SimulatedFiles& after) {
         const ZvBackups backups(after, world.settings, IZvClock::System(), nullptr);
         const ZvRecovery::Finding finding = ZvRecovery(after, backups).Look(kPlan);
         lost += !finding.IsWhole() && !finding.Best();
     });
     EXPECT_GT(lost, 0);
-}
-
-TEST(PowerCut, AFailureOfAnyOneCallLeavesTheOldFileOrTheNewOne) {
-    for (const bool periodic : {false, true}) {
-        uint64_t calls = 0;
-        for (uint64_t n = 1; n == 1 || n <= calls; ++n) {
-            World world;
-            world.SaveOld();
-            const std::string old = world.files.Get(kPlan);
-            world.files.FailAt(n);
-            const Zv::Status status =
-                periodic ? world.drawing.DrawingIO()->PeriodicBackup(true) : world.Save();
-            if (n == 1) {
-                World whole;
-                whole.SaveOld();
-                whole.files.FailAt(0);
-                (void)(periodic ? whole.drawing.DrawingIO()->PeriodicBackup(true) : whole.Save());
-                calls = whole.files.Calls();
-                ASSERT_GT(calls, 20u);
-            }
-            const std::string now = world.files.Get(kPlan);
-            SCOPED_TRACE(n);
-            const bool replaced = !periodic && Zv::Ok(status);
-            EXPECT_EQ(now == old, !replaced);
-            EXPECT_TRUE(periodic || replaced || world.errors.HasErrors());
-            EXPECT_TRUE(ZvSaveVerifier(world.files).Check(kPlan).empty());
-            EXPECT_EQ(world.drawing.GetAutoCleanupSuspendCount(), 0);
-        }
-    }
-}
-
-TEST(PowerCut, AFailureOfAnyOneCallOfLoadPurgeOrRecoveryLosesNothing) {
-    World world;
-    world.SaveOld();
-    world.SaveOld();
-    Backup(world), Backup(world);
-    const SimulatedFiles::Contents before = world.files.All();
-    const std::string plan = before.at(kPlan);
-    for (uint64_t n = 1; n < 40; ++n) {
-        SCOPED_TRACE(n);
-        SimulatedFiles files(before);
-        files.FailAt(n);
-        ZvDrawing drawing;
-        drawing.DrawingIO()->SetFiles(files);
-        std::string why;
-        const Zv::Status loaded = drawing.DrawingIO()->LoadSimple(kPlan, &why);
-        EXPECT_EQ(Zv::Ok(loaded), drawing.NameTable().Count() > 0);
-        EXPECT_TRUE(Zv::Ok(loaded) || !why.empty());
-
-        files.FailAt(n);
-        const ZvBackups backups(files, world.settings, IZvClock::System(), nullptr);
-        (void)backups.PeriodicBackupPurge("/d"); // all of them expired years ago
-        EXPECT_FALSE(files.Get("/d/Autobackup_plan0001.zvd").empty()) << "the newest one";
-        EXPECT_TRUE(files.Get(kPlan) == plan);
-
-        SimulatedFiles broken(before);
-        broken.Put(kPlan, "damaged");
-        broken.FailAt(n);
-        const ZvBackups others(broken, world.settings, IZvClock::System(), nullptr);
-        const ZvRecovery recovery(broken, others);
-        const ZvRecovery::Finding finding = recovery.Look(kPlan);
-        const bool done = finding.Best() && recovery.Restore(finding, *finding.Best()).empty();
-        broken.FailAt(0); // looking must not meet the failure that the restoring did not come to
-        EXPECT_TRUE(!done || recovery.Look(kPlan).IsWhole());
-        const ZvRecovery::Finding again = recovery.Look(kPlan);
-        EXPECT_TRUE(again.IsWhole() || again.Best());
-    }
 }

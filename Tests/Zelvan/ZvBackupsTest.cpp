@@ -120,28 +120,6 @@ TEST_F(ZvBackupsTest, PurgeDeletesWhatExpiredButNeverTheNewest) {
     EXPECT_EQ(drawing->DrawingIO()->PeriodicBackupPurge("/none"), 0);
 }
 
-TEST_F(ZvBackupsTest, WhatStandsInTheWayOfASaveIsSaidAndTheTargetKept) {
-    ASSERT_EQ(Save("/d/plan.zvd"), Zv::Status::Success);
-    const auto expectRefused = [&](const fs::path& path, const char* text) {
-        EXPECT_EQ(Save(path), Zv::Status::NotStarted) << text;
-        EXPECT_NE(errors.ToString().find(text), std::string::npos) << errors.ToString();
-    };
-    expectRefused("/d", "is a folder");
-    expectRefused("/none/a.zvd", "does not exist or cannot be written");
-    files.Put("/d/plan.zvd", "from elsewhere");
-    clock.Pass(1);
-    files.SetModified("/d/plan.zvd", clock.now);
-    expectRefused("/d/plan.zvd", "was changed by another program");
-    EXPECT_EQ(files.Get("/d/plan.zvd"), "from elsewhere");
-    EXPECT_EQ(host.Questions().back().question.buttons, ZvQuestion::Buttons::YesNo);
-    files.Put("/d/other.zvd.lock", "Zelvan lock 1\n4711\n1\nelsewhere\n");
-    files.Put("/d/other.zvd", "theirs");
-    expectRefused("/d/other.zvd", "is being edited by process 4711 on elsewhere");
-    EXPECT_EQ(files.Get("/d/other.zvd"), "theirs");
-    files.SetReadOnlyFolder("/d");
-    expectRefused("/d/new.zvd", "cannot be written");
-}
-
 TEST_F(ZvBackupsTest, LocksOfEndedProcessesAreTakenOver) {
     const std::string host_ = ZvPlatform::HostName();
     const std::string self = std::to_string(ZvPlatform::ProcessId());

@@ -91,6 +91,10 @@ protected:
         drawing = std::make_unique<ZvDrawing>(setup);
         io = drawing->DrawingIO();
     }
+    /// In the format that the name's extension tells.
+    Zv::Status Save(const fs::path& file, uint32_t flags = 0, IOErrorSet* errors = nullptr) {
+        return io->SaveFile(file, formats.GetSaveFormat(file), flags, errors);
+    }
     ScratchFolder folder;
     ZvSilentHost host;
     TestClock clock;
@@ -134,14 +138,14 @@ TEST_F(ZvDrawingIOTest, NamesOfTheOldExtensionAreNormalised) {
 
 TEST_F(ZvDrawingIOTest, FirstSaveWritesDirectlyLaterOnesThroughATemporaryFile) {
     const fs::path file = folder / "plan.txt";
-    EXPECT_EQ(io->SaveFile(file), Zv::Status::Success);
+    EXPECT_EQ(Save(file), Zv::Status::Success);
     EXPECT_EQ(provider.written, file);
     EXPECT_EQ(io->DrawingFileName(), file);
     EXPECT_EQ(io->GetLastFormat()->id, "text");
     EXPECT_EQ(provider.nested, Zv::Status::NotStarted) << "a save within a save";
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
     provider.content = "newer";
-    EXPECT_EQ(io->SaveFile(file), Zv::Status::Success);
+    EXPECT_EQ(Save(file), Zv::Status::Success);
     EXPECT_NE(provider.written, file);
     EXPECT_EQ(provider.written.parent_path(), folder.Path());
     EXPECT_EQ(folder.Get("plan.txt"), "newer");
@@ -159,7 +163,7 @@ TEST_F(ZvDrawingIOTest, FailedSaveLeavesTheTargetAndNothingElse) {
     provider.fail = true;
     for (const char* name : {"old.txt", "new.txt"}) {
         IOErrorSet errors;
-        EXPECT_EQ(io->SaveFile(folder / name, nullptr, ZvIOFlag::Quiet, &errors), Zv::Status::Failure);
+        EXPECT_EQ(Save(folder / name, ZvIOFlag::Quiet, &errors), Zv::Status::Failure);
         EXPECT_TRUE(errors.HasErrors()) << name;
     }
     EXPECT_EQ(folder.Get("old.txt"), "old");
@@ -181,7 +185,7 @@ TEST_F(ZvDrawingIOTest, LinksToTheTargetSurviveASave) {
     fs::create_symlink(folder / "real.txt", folder / "link.txt", error);
     if (error)
         return void(std::puts("no symbolic links here"));
-    EXPECT_EQ(io->SaveFile(folder / "link.txt"), Zv::Status::Success);
+    EXPECT_EQ(Save(folder / "link.txt"), Zv::Status::Success);
     EXPECT_TRUE(fs::is_symlink(folder / "link.txt"));
     EXPECT_EQ(folder.Get("real.txt"), "new");
 }
@@ -189,7 +193,7 @@ TEST_F(ZvDrawingIOTest, LinksToTheTargetSurviveASave) {
 TEST_F(ZvDrawingIOTest, SelectionIsKeptAcrossASaveAndPassedOnWhenAsked) {
     drawing->Insert(std::make_unique<ProbeEntity>());
     drawing->CurrentSelection().Insert(ZvName(1));
-    EXPECT_EQ(io->SaveFile(folder / "a.txt", nullptr, ZvIOFlag::SelectionOnly | ZvIOFlag::ProviderOption),
+    EXPECT_EQ(Save(folder / "a.txt", ZvIOFlag::SelectionOnly | ZvIOFlag::ProviderOption),
               Zv::Status::Success);
     EXPECT_EQ(provider.selectedWhileSaving, 0);
     ASSERT_NE(provider.options.selection, nullptr);
@@ -264,7 +268,7 @@ TEST_F(ZvDrawingIOTest, NativeFileKeepsEntitiesNamesSettingsAndView) {
     drawing->SetCurrentColor(ZvColor(3));
     drawing->AddView(std::make_unique<ZvView>())->Resize(100, 100);
     drawing->GetCurrentView()->CenterOn({12, 34, 0});
-    EXPECT_EQ(io->SaveFile(file), Zv::Status::Success);
+    EXPECT_EQ(Save(file), Zv::Status::Success);
     EXPECT_EQ(io->DrawingFileName(), folder / "drawing.zvd");
     EXPECT_EQ(io->SaveNative(folder / "drawing.zvd", ZvIOFlag::Solid), Zv::Status::Success);
     EXPECT_EQ(folder.CountFiles(), 3u) << "drawing, backup, lock";
@@ -315,7 +319,7 @@ TEST_F(ZvDrawingIOTest, CleanupGivesTheArenaBackWhenMostOfItIsGarbage) {
 TEST_F(ZvDrawingIOTest, DamagedFileIsRefusedAndTheDrawingKept) {
     const fs::path file = folder / "d.zvd";
     drawing->Insert(std::make_unique<ZvPointEnt>(Vec3d{1, 2, 3}));
-    ASSERT_EQ(io->SaveFile(file), Zv::Status::Success);
+    ASSERT_EQ(Save(file), Zv::Status::Success);
     std::string bytes = folder.Get("d.zvd");
     bytes[bytes.size() / 2] = char(bytes[bytes.size() / 2] ^ 0x55);
     folder.Put("d.zvd", bytes);
@@ -330,4 +334,25 @@ TEST_F(ZvDrawingIOTest, DamagedFileIsRefusedAndTheDrawingKept) {
     EXPECT_EQ(other.CurrentSelection().Count(), 1);
     EXPECT_EQ(other.Verbs()->StackSize(), 1);
     EXPECT_TRUE(other.DrawingIO()->DrawingFileName().empty());
+}
+
+TEST_F(ZvDrawingIOTest, AnOpenedBackupStandsForNoFile) {
+    const fs::path file = folder / "plan.zvd";
+    drawing->Insert(std::make_unique<ZvPointEnt>(Vec3d{1, 2, 3}));
+    ASSERT_EQ(io->SaveFile(file), Zv::Status::Success);
+    drawing->Insert(std::make_unique<ZvPointEnt>(Vec3d{4, 5, 6}));
+    ASSERT_EQ(io->SaveFile(file), Zv::Status::Success);
+    ZvDrawing old;
+    EXPECT_EQ(old.DrawingIO()->LoadFile(folder / "plan.zvd.bak"), Zv::Status::Success);
+    EXPECT_EQ(old.NameTable().Count(), 1);
+    EXPECT_EQ(old.DrawingIO()->DrawingFileName(), fs::path());
+    EXPECT_FALSE(old.IsModified());
+    EXPECT_EQ(folder.CountFiles(), 3u) << "drawing, backup, the drawing's lock";
+    EXPECT_NE(old.DrawingIO()->SaveFile({}, nullptr, ZvIOFlag::Quiet), Zv::Status::Success);
+}
+
+TEST_F(ZvDrawingIOTest, WithoutAFormatASaveIsNativeWhateverTheName) {
+    EXPECT_EQ(io->SaveFile(folder / "plan.txt"), Zv::Status::Success);
+    EXPECT_EQ(io->GetLastFormat(), formats.GetNativeSaveFormat());
+    EXPECT_TRUE(provider.written.empty());
 }

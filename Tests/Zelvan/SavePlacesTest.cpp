@@ -1,0 +1,212 @@
+#include "Tests/Support/AnsweringHost.h"
+#include "Tests/Support/DrawingOnDisk.h"
+#include "Tests/Support/ScratchFolder.h"
+#include "Zelvan/ZvRecovery.h"
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const kPlan = DrawingOnDisk::kPlan;
+
+std::string NameOf(size_t length) {
+    return std::string(length - 4, 'n') + ".zvd";
+}
+
+/// Files in "/d" and "/b" by name, without locks.
+std::vector<std::string> Names(const DrawingOnDisk& world) {
+    std::vector<std::string> names;
+    for (const auto& [path, bytes] : world.files.All())
+        if (!path.ends_with(".lock"))
+            names.push_back(path);
+    return names;
+}
+
+} // namespace
+
+TEST(SavePlaces, WhatStandsInTheWayIsToldInOneMessageAndNothingIsTouched) {
+    const struct {
+        const char* name;
+        std::string file;
+        std::function<void(DrawingOnDisk&)> prepare;
+        const char* told;
+    } cases[] = {
+        {"a folder", "/b", [](DrawingOnDisk&) {}, "is a folder. Give"},
+        {"no folder", "/none/a.zvd", [](DrawingOnDisk&) {}, "Choose another folder"},
+        {"a closed folder", "/b/a.zvd", [](DrawingOnDisk& w) { w.files.SetReadOnlyFolder("/b"); },
+         "Choose another folder"},
+        {"read-only", kPlan, [](DrawingOnDisk& w) { w.files.SetReadOnly(kPlan); }, "marked read-only"},
+        {"a name of 300", "/d/" + NameOf(300), [](DrawingOnDisk&) {}, "Choose a shorter name"},
+        {"changed", kPlan, [](DrawingOnDisk& w) { w.files.Put(kPlan, "theirs"); },
+         "changed by another program"},
+        {"changed to an older one", kPlan,
+         [](DrawingOnDisk& w) { w.files.SetModified(kPlan, DateTime::FromUtc(1999, 1, 1)); },
+         "changed by another program"},
+        {"edited elsewhere", "/b/a.zvd",
+         [](DrawingOnDisk& w) {
+             w.files.Put("/b/a.zvd", "theirs");
+             w.files.Put("/b/a.zvd.lock", "Zelvan lock 1\n4711\n1\nelsewhere\n");
+         },
+         "is being edited by process 4711 on elsewhere"},
+        {"a full disk", kPlan, [](DrawingOnDisk& w) { w.files.SetRoom(300); }, "the disk is full"},
+        {"a full disk, first save", "/b/a.zvd", [](DrawingOnDisk& w) { w.files.SetRoom(300); },
+         "the disk is full"},
+        {"held open", kPlan, [](DrawingOnDisk& w) { w.files.SetHeld(kPlan); }, "another program uses it"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        DrawingOnDisk world;
+        world.SaveOld();
+        c.prepare(world);
+        const SimulatedFiles::Contents before = world.files.All();
+        EXPECT_FALSE(Zv::Ok(world.SaveAs(c.file)));
+        ASSERT_EQ(world.errors.Items().size(), 1u) << world.errors.ToString();
+        const std::string text = world.errors.Items()[0].text;
+        EXPECT_NE(text.find(c.told), std::string::npos) << text;
+        EXPECT_NE(text.find(c.file), std::string::npos) << text;
+        EXPECT_TRUE(world.drawing.IsModified());
+        for (const auto& [path, bytes] : before)
+            EXPECT_TRUE(world.files.Get(path) == bytes) << path;
+        EXPECT_TRUE(world.files.All().size() == before.size() || std::string(c.name) == "held open");
+    }
+}
+
+TEST(SavePlaces, AFileThatWasChangedIsOverwrittenWhenTheUserSaysSo) {
+    DrawingOnDisk world;
+    AnsweringHost host(ZvAnswer::Yes);
+    world.drawing.SetHost(&host);
+    world.SaveOld();
+    world.files.Put(kPlan, "theirs");
+    EXPECT_TRUE(Zv::Ok(world.Save())) << world.errors.ToString();
+    EXPECT_EQ(host.texts.size(), 1u);
+    EXPECT_EQ(world.files.Get(std::string(kPlan) + ".bak"), "theirs");
+    world.drawing.SetHost(nullptr);
+}
+
+TEST(SavePlaces, ABackupThatCannotBeMadeIsWarnedAboutAndTheDrawingSaved) {
+    const std::function<void(DrawingOnDisk&)> cases[] = {
+        [](DrawingOnDisk& w) { w.files.MakeFolder(std::string(kPlan) + ".bak"); },
+        [](DrawingOnDisk& w) {
+            w.settings.besideDrawing = false;
+            w.settings.directory = "/none";
+        },
+    };
+    for (const auto& prepare : cases) {
+        DrawingOnDisk world;
+        world.SaveOld();
+        prepare(world);
+        const std::string old = world.files.Get(kPlan);
+        EXPECT_TRUE(Zv::Ok(world.Save()));
+        EXPECT_FALSE(world.errors.HasErrors()) << world.errors.ToString();
+        EXPECT_TRUE(world.errors.Items().size() == 1 ||
+                    world.host.Printed().ToUtf8().find("'/none' cannot be written to") != std::string::npos);
+        EXPECT_FALSE(world.files.Get(kPlan) == old);
+        EXPECT_EQ(Names(world), std::vector<std::string>{kPlan});
+    }
+}
+
+// Up to the 255 bytes that file systems take, whatever a save puts behind the name.
+TEST(SavePlaces, NamesOfAnyLengthThatFitAreSavedBackedUpAndRecovered) {
+    for (const size_t length : {200, 236, 240, 243, 247, 250, 252, 255}) {
+        SCOPED_TRACE(length);
+        DrawingOnDisk world;
+        const fs::path plan = "/d/" + NameOf(length);
+        ASSERT_TRUE(Zv::Ok(world.SaveAs(plan))) << world.errors.ToString();
+        const std::string old = world.files.Get(plan);
+        world.Change();
+        ASSERT_TRUE(Zv::Ok(world.SaveAs(plan))) << world.errors.ToString();
+        EXPECT_TRUE(world.errors.IsEmpty()) << world.errors.ToString();
+        const std::string whole = world.files.Get(plan);
+        EXPECT_TRUE(world.files.Get(world.drawing.DrawingIO()->GetInstantBackupFilename(plan)) == old);
+        EXPECT_EQ(Names(world).size(), 2u);
+        world.Backup(), world.Backup();
+        EXPECT_EQ(Names(world).size(), 4u);
+
+        const ZvBackups backups(world.files, world.settings, IZvClock::System(), nullptr);
+        const ZvRecovery recovery(world.files, backups);
+        EXPECT_EQ(recovery.Look(plan).candidates.size(), 3u);
+        world.files.Put(plan, "damaged");
+        world.files.now.ticks += DateTime::kTicksPerSecond;
+        world.files.Put(ZvCore::IFileSystem::TemporaryBeside(plan), whole);
+        std::vector<fs::path> drawings;
+        EXPECT_EQ(recovery.DrawingsIn("/d", drawings), "");
+        EXPECT_EQ(drawings, std::vector<fs::path>{plan}) << "what stands for its name is no other drawing";
+        const ZvRecovery::Finding finding = recovery.Look(plan);
+        ASSERT_NE(finding.Best(), nullptr);
+        EXPECT_EQ(finding.Best()->kind, ZvRecovery::Kind::Unfinished);
+        EXPECT_EQ(recovery.Restore(finding, *finding.Best()), "");
+        EXPECT_TRUE(world.files.Get(plan) == whole);
+        EXPECT_EQ(world.files.Get(ZvRecovery::DamagedName(plan)), "damaged");
+    }
+}
+
+TEST(SavePlaces, AFirstSaveUnderALongNameThatBrokeOffIsFoundUnderTheShortOne) {
+    DrawingOnDisk world;
+    world.SaveOld();
+    world.files.Put(ZvCore::IFileSystem::TemporaryBeside("/b/" + NameOf(255)), world.files.Get(kPlan));
+    const ZvBackups backups(world.files, world.settings, IZvClock::System(), nullptr);
+    const ZvRecovery recovery(world.files, backups);
+    std::vector<fs::path> drawings;
+    EXPECT_EQ(recovery.DrawingsIn("/b", drawings), "");
+    ASSERT_EQ(drawings.size(), 1u);
+    const ZvRecovery::Finding finding = recovery.Look(drawings[0]);
+    ASSERT_NE(finding.Best(), nullptr);
+    EXPECT_EQ(recovery.Restore(finding, *finding.Best()), "");
+    EXPECT_TRUE(recovery.Look(drawings[0]).IsWhole());
+}
+
+TEST(SavePlaces, LongNamesAreCutBetweenCharactersAndStayApart) {
+    std::string umlauts;
+    for (int i = 0; i < 125; ++i)
+        umlauts += "\xC3\xA4";
+    const fs::path names[] = {fs::u8path(umlauts + ".zvd"), fs::u8path("x" + umlauts + ".zvd"),
+                              fs::u8path(umlauts + "x.zvd")};
+    std::set<fs::path> brief;
+    for (const fs::path& name : names) {
+        const fs::path made = ZvCore::IFileSystem::ShortForm("folder" / name);
+        EXPECT_EQ(made.parent_path(), "folder");
+        EXPECT_EQ(made.extension(), ".zvd");
+        EXPECT_EQ(fs::path(made.u16string()), made) << "it is text";
+        brief.insert(made);
+    }
+    EXPECT_EQ(brief.size(), std::size(names));
+    EXPECT_EQ(ZvCore::IFileSystem::ShortForm("plan.zvd"), "plan.zvd");
+}
+
+TEST(SavePlaces, TheLongestNamesAreSavedOnTheRealDisk) {
+    ScratchFolder folder;
+    DrawingOnDisk world;
+    world.drawing.DrawingIO()->SetFiles(ZvCore::IFileSystem::System());
+    // Where the folder's own name is long, too, Windows programs may be short of room.
+    for (const size_t length : {245, 255}) {
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_TRUE(Zv::Ok(world.SaveAs(folder / NameOf(length)))) << world.errors.ToString();
+            EXPECT_TRUE(world.errors.IsEmpty()) << world.errors.ToString();
+        }
+        EXPECT_TRUE(Zv::Ok(world.drawing.DrawingIO()->PeriodicBackup(true)));
+    }
+    EXPECT_FALSE(Zv::Ok(world.SaveAs(folder / NameOf(300))));
+    EXPECT_EQ(world.errors.Items().size(), 1u) << world.errors.ToString();
+    fs::permissions(folder / NameOf(255), fs::perms::owner_read);
+    EXPECT_FALSE(Zv::Ok(world.SaveAs(folder / NameOf(255))));
+    EXPECT_NE(world.errors.ToString().find("read-only"), std::string::npos);
+    fs::permissions(folder / NameOf(255), fs::perms::owner_all);
+}
+
+TEST(SavePlaces, AClockThatGoesBackLosesNoBackup) {
+    DrawingOnDisk world;
+    world.settings.periodicKept = 4;
+    world.SaveOld();
+    world.Backup(), world.Backup();
+    const std::string newest = world.files.Get("/d/Autobackup_plan0001.zvd");
+    world.files.now = DateTime::FromUtc(1999, 1, 1);
+    world.Change();
+    world.Backup();
+    EXPECT_FALSE(world.files.Get("/d/Autobackup_plan0002.zvd").empty());
+    EXPECT_TRUE(world.files.Get("/d/Autobackup_plan0001.zvd") == newest);
+    EXPECT_TRUE(Zv::Ok(world.Save())) << "its own file, now dated before the one that it read";
+    EXPECT_TRUE(Zv::Ok(world.Save()));
+    EXPECT_TRUE(world.host.Questions().empty());
+}
