@@ -99,7 +99,9 @@ void ZvTableRecord::GetProperties(ZvPropertyGatherer& gatherer) const {
 void ZvTableRecord::SetProperties(ZvPropertySetter& setter) {
     if (const ZvProperty::Value* value = setter.Take("Name")) {
         const XStringW* name = std::get_if<XStringW>(value);
-        if (!name || IsInternal() || !SetName(*name))
+        const bool free =
+            !name || name->EqualsNoCase(m_name) || !IsInTable() || m_table->IsNewNameValid(*name);
+        if (!name || IsInternal() || !free || !SetName(*name))
             setter.Refuse("Name", "the name is taken or cannot be a record's");
     }
     const std::vector<uint8_t> former = OwnFields();

@@ -18,8 +18,10 @@ ZvTableRecord* ZvVRecordNew::Record() const {
 
 void ZvVRecordNew::Do() {
     ZvTable* table = m_key.Table(*Drawing());
-    m_refused = !table || !m_record ||
-                (!m_record->GetName().IsEmpty() && !ZvTableRecord::CheckRecordName(m_record->GetName()));
+    const XStringW name = m_record ? m_record->GetName() : XStringW();
+    // A name that is taken gets a number; one that no record may have stays out.
+    m_refused =
+        !table || !m_record || (!name.IsEmpty() && !table->GetByName(name) && !table->IsNewNameValid(name));
     if (m_refused) {
         if (m_record)
             ZvErrors::Report(ZvErrorCode::BadRecordName, m_record->GetName().ToUtf8());

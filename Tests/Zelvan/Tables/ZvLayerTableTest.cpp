@@ -77,6 +77,12 @@ TEST(ZvLayerTable, GroupsHoldLayersAndShareTheNamesWithThem) {
     EXPECT_EQ(layers.FindNewGroupName(), XStringW(u"Group1"));
     EXPECT_EQ(layers.FindNewGroupName(u"House"), XStringW(u"House1"));
     EXPECT_EQ(layers.FindNewGroupName(u"A/B"), XStringW(u"A_B"));
+    for (const char16_t* taken : {u"house", u"ByBlock"}) {
+        ZvPropertySetter setter;
+        setter.Set("Name", XStringW(taken));
+        wall->SetProperties(setter);
+        EXPECT_TRUE(setter.IsRefused("Name")) << XStringW(taken).ToUtf8();
+    }
     EXPECT_TRUE(layers.DeleteGroup(u"House"));
     EXPECT_TRUE(wall->GetGroup().IsEmpty());
     EXPECT_FALSE(drawing.DataTable()->GetByName(u"__LayerGroups__")) << "no groups, no record";

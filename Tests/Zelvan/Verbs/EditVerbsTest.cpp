@@ -190,10 +190,12 @@ TEST_F(EditVerbsTest, DeletedLineTypeLeavesNoReferencesAndUndoBringsThemBack) {
 }
 
 TEST_F(EditVerbsTest, NamesThatCannotBeARecordsAreRefused) {
-    auto* verb = new ZvVRecordNew(*drawing.LayerTable(), u"a/b");
     const ZvErrorCapture errors;
-    drawing.DoVerb(verb);
-    EXPECT_TRUE(verb->WasRefused());
+    for (const char16_t* name : {u"a/b", u"ByLayer"}) {
+        auto* verb = new ZvVRecordNew(*drawing.LayerTable(), name);
+        drawing.DoVerb(verb);
+        EXPECT_TRUE(verb->WasRefused());
+    }
     EXPECT_TRUE(errors.Has(17));
     auto* rename = new ZvVRecordModify(*Layer(u"Free"));
     rename->Set("Name", XStringW(u"0"));
