@@ -232,7 +232,8 @@ bool ZvTableRecord::NativeIn(ZvNativeDesc& desc) {
     if (!head.Value(m_fileIndex) || !head.Value(m_id) || !head.Value(flags) ||
         !head.Bytes(guid.bytes.data(), guid.bytes.size()) || !head.Text(name))
         return true;
-    m_flags = flags;
+    m_flags =
+        uint16_t(flags & ~kErased); // nobody could restore it, and a save would leave out all that it holds
     m_guid = guid;
     SetNameFinal(name);
     Fields(head);
