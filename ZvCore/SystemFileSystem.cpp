@@ -1,5 +1,6 @@
 #include "ZvCore/SystemFileSystem.h"
 #include "ZvCore/DiskFile.h"
+#include "ZvCore/Platform/FileFacts.h"
 #include "ZvCore/Platform/Platform.h"
 
 namespace ZvCore {
@@ -19,19 +20,7 @@ std::unique_ptr<IStoredFile> SystemFileSystem::Open(const Path& path, Mode mode,
 }
 
 IFileSystem::Info SystemFileSystem::Look(const Path& path) {
-    Info info;
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    info.exists = fs::exists(status);
-    if (!info.exists)
-        return info;
-    info.isFolder = fs::is_directory(status);
-    constexpr fs::perms anyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-    info.isReadOnly = (status.permissions() & anyWrite) == fs::perms::none;
-    if (fs::is_regular_file(status))
-        info.length = fs::file_size(path, error);
-    info.modified = ZvPlatform::FileModified(path);
-    return info;
+    return ZvPlatform::FactsOf(path);
 }
 
 std::string SystemFileSystem::List(const Path& folder, std::vector<Path>& names) {
