@@ -5,7 +5,6 @@
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
-#include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Verbs/ZvVChangeSS.h"
 #include "Zelvan/Verbs/ZvVDrawOrder.h"
 #include "Zelvan/Verbs/ZvVEntNew.h"
@@ -13,9 +12,6 @@
 #include "Zelvan/Verbs/ZvVMoveGrip.h"
 #include "Zelvan/Verbs/ZvVMoveToLayer.h"
 #include "Zelvan/Verbs/ZvVPropertyChange.h"
-#include "Zelvan/Verbs/ZvVRecordErase.h"
-#include "Zelvan/Verbs/ZvVRecordModify.h"
-#include "Zelvan/Verbs/ZvVRecordNew.h"
 #include "Zelvan/Verbs/ZvVTransform.h"
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvDrawing.h"
@@ -33,13 +29,6 @@ std::optional<Vec3d> FixedPoint(const ZvDrawing& drawing, const EditLine& line) 
     const auto found = line.settings.find("about");
     return found == line.settings.end() ? std::optional<Vec3d>(Vec3d{})
                                         : DrawingUnits(drawing).Place(found->second);
-}
-
-/// A colour as properties take it: "#RRGGBB" becomes what ZvColor writes.
-XStringW ColorText(const std::string& text) {
-    const XStringW wide = XStringW::FromUtf8(text);
-    ZvColor color;
-    return text.rfind('#', 0) == 0 && color.ParseHex(wide) ? color.ToString() : wide;
 }
 
 } // namespace
@@ -148,12 +137,13 @@ bool EditSession::Property(const EditLine& line, EditOutcome& outcome) {
     auto verb = std::make_unique<ZvVPropertyChange>(what);
     for (const auto& [key, value] : line.settings) {
         if (key == "color")
-            verb->Set("Color", ColorText(value));
+            verb->Set("Color", EditShape::ColorText(value));
         else if (key == "width")
             verb->Set("LineWidth", XStringW::FromUtf8(value));
         else if (key == "fill")
-            verb->Set("Brush", ZvColor().ParseHex(XStringW::FromUtf8(value)) ? u"Solid:" + ColorText(value)
-                                                                             : XStringW::FromUtf8(value));
+            verb->Set("Brush", ZvColor().ParseHex(XStringW::FromUtf8(value))
+                                   ? u"Solid:" + EditShape::ColorText(value)
+                                   : XStringW::FromUtf8(value));
         else
             return Refuse(outcome, "'" + key + "' is no property: known are color, width, fill");
     }
@@ -196,51 +186,4 @@ bool EditSession::Select(const EditLine& line, EditOutcome& outcome) {
     if (line.words[0] != "none" && !ResolveSome(line.words[0], what, outcome))
         return false;
     return Do(std::make_unique<ZvVChangeSS>(what), outcome);
-}
-
-// --- layers -----------------------------------------------------------------------------------------------------
-
-bool EditSession::Layer(const EditLine& line, EditOutcome& outcome) {
-    const std::string& what = line.words[0];
-    const XStringW name = XStringW::FromUtf8(line.words[1]);
-    if (what == "new") {
-        if (m_drawing.LayerTable()->GetByName(name))
-            return Refuse(outcome, "there is a layer '" + line.words[1] + "' already");
-        return Do(std::make_unique<ZvVRecordNew>(*m_drawing.LayerTable(), name), outcome);
-    }
-    ZvLayer* layer = FindLayer(line.words[1], outcome);
-    if (!layer)
-        return false;
-    if (what == "delete") {
-        auto verb = std::make_unique<ZvVRecordErase>(*layer);
-        if (verb->IsNullOp())
-            return Refuse(outcome, "the drawing cannot do without the layer '" + line.words[1] + "'");
-        return Do(std::move(verb), outcome);
-    }
-    if (what == "rename" && line.words.size() == 3) {
-        if (m_drawing.LayerTable()->GetByName(XStringW::FromUtf8(line.words[2])))
-            return Refuse(outcome, "there is a layer '" + line.words[2] + "' already");
-        auto verb = std::make_unique<ZvVRecordModify>(*layer);
-        verb->Set("Name", XStringW::FromUtf8(line.words[2]));
-        return Do(std::move(verb), outcome);
-    }
-    if (what != "edit" || line.settings.empty())
-        return Refuse(
-            outcome,
-            "write: layer new|delete NAME, layer rename OLD NEW, layer edit NAME color=C visible=yes");
-    return EditLayer(*layer, line, outcome);
-}
-
-bool EditSession::EditLayer(ZvLayer& layer, const EditLine& line, EditOutcome& outcome) {
-    auto verb = std::make_unique<ZvVRecordModify>(layer);
-    for (const auto& [key, value] : line.settings) {
-        if (key == "color")
-            verb->Set("Color", ColorText(value));
-        else if (key == "visible" && (value == "yes" || value == "no"))
-            verb->Set("Visible", value == "yes");
-        else
-            return Refuse(outcome,
-                          "'" + key + "=" + value + "' cannot be set: known are color=C, visible=yes|no");
-    }
-    return Do(std::move(verb), outcome);
 }

@@ -9,6 +9,8 @@
 
 class ZvDrawing;
 class ZvLayer;
+class ZvTable;
+class ZvTableRecord;
 class ZvVPropertyChange;
 class ZvVerb;
 
@@ -53,7 +55,17 @@ private:
     bool Attribute(const EditLine& line, EditOutcome& outcome);
     bool Order(const EditLine& line, EditOutcome& outcome);
     bool Select(const EditLine& line, EditOutcome& outcome);
+    bool Convert(const EditLine& line, EditOutcome& outcome);
+    bool Replace(const EditLine& line, EditOutcome& outcome);
+    bool Connect(const EditLine& line, EditOutcome& outcome);
+    bool Round(const EditLine& line, EditOutcome& outcome);
+    bool Hide(const EditLine& line, EditOutcome& outcome);
+    bool Protect(const EditLine& line, EditOutcome& outcome);
+    bool Text(const EditLine& line, EditOutcome& outcome);
     bool Layer(const EditLine& line, EditOutcome& outcome);
+    bool Layout(const EditLine& line, EditOutcome& outcome);
+    bool AnyRecord(const EditLine& line, EditOutcome& outcome);
+    bool Describe(const EditLine& line, EditOutcome& outcome);
     bool Undo(const EditLine& line, EditOutcome& outcome);
     bool Redo(const EditLine& line, EditOutcome& outcome);
     bool Section(const EditLine& line, EditOutcome& outcome);
@@ -68,6 +80,10 @@ private:
     /// Says what of the change was not taken, too.
     bool DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome& outcome);
     bool Transform(const std::string& what, const Mat4d& xform, EditOutcome& outcome);
+    bool Switch(const std::string& which, uint16_t flag, bool on, EditOutcome& outcome);
+    bool Record(const std::string& table, const std::vector<std::string>& words, EditOutcome& outcome);
+    bool MergeLayers(const EditLine& line, EditOutcome& outcome);
+    bool ClearLayouts(const EditLine& line, EditOutcome& outcome);
     bool EditLayer(ZvLayer& layer, const EditLine& line, EditOutcome& outcome);
     /// The entities that a word means: "all", "selected", "last", "layer:NAME", "box:x0,y0,x1,y1", "crossing:" the same,
     /// "outline:x,y,x,y,x,y", "near:x,y,radius", or names "17,20-25".
@@ -78,6 +94,8 @@ private:
     bool ResolveBox(const std::string& box, bool crossing, ZvSelection& found, EditOutcome& outcome) const;
     bool ResolveOutline(const std::string& outline, ZvSelection& found, EditOutcome& outcome) const;
     bool ResolveNear(const std::string& place, ZvSelection& found, EditOutcome& outcome) const;
+    ZvTable* FindTable(const std::string& word, EditOutcome& outcome) const;
+    ZvTableRecord* FindRecord(const std::string& table, const std::string& name, EditOutcome& outcome) const;
     ZvLayer* FindLayer(const std::string& name, EditOutcome& outcome) const;
     bool Steps(const EditLine& line, bool undo, EditOutcome& outcome);
     static bool Refuse(EditOutcome& outcome, std::string why);

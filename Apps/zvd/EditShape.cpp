@@ -106,3 +106,9 @@ bool EditShape::Style(ZvEntity& entity, const EditLine& line, std::string& why) 
     }
     return true;
 }
+
+XStringW EditShape::ColorText(const std::string& text) {
+    const XStringW wide = XStringW::FromUtf8(text);
+    ZvColor color;
+    return text.rfind('#', 0) == 0 && color.ParseHex(wide) ? color.ToString() : wide;
+}

@@ -1,5 +1,6 @@
 #pragma once
 #include "Apps/zvd/EditLine.h"
+#include "ZvCore/XString.h"
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,5 +18,8 @@ std::vector<std::unique_ptr<ZvEntity>> Make(ZvDrawing& drawing, const std::vecto
 
 /// Sets color=, width= and fill= of a line on the entity. False with the reason for text that means none.
 bool Style(ZvEntity& entity, const EditLine& line, std::string& why);
+
+/// A colour as properties take it: "#RRGGBB" becomes what ZvColor writes.
+XStringW ColorText(const std::string& text);
 
 } // namespace EditShape

@@ -7,6 +7,7 @@
 #include "Zelvan/Entities/ZvPointEnt.h"
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLayoutTable.h"
 #include "Zelvan/Tables/ZvLineTypeTable.h"
 #include "Zelvan/Tables/ZvTextStyleTable.h"
 #include "Zelvan/Verbs/ZvVerb.h"
@@ -64,6 +65,9 @@ void UndoMarathon::StartRound() {
     roads->Attributes().AddField({u"Width", Table::Type::Double, 0, 0});
     m_drawing->LineTypeTable()->InsertNew(u"Dots")->SetDashes({0.5, 1});
     m_drawing->TextStyleTable()->InsertNew(u"Small");
+    ZvDrawing& sheet = *m_drawing->LayoutTable()->InsertNew(u"Sheet")->Drawing();
+    for (int i = 0; i < 12; ++i)
+        sheet.Insert(RandomEntity());
     AddEntities(40 + int(Below(80)));
     m_drawing->Verbs()->PurgeUndo();
     (void)Save(); // what a first save computes and keeps is there from now on
@@ -143,8 +147,8 @@ bool UndoMarathon::Step() {
     const uint32_t choice = Below(100);
     if (m_drawing->Verbs()->StackSize() > kMostVerbs || choice == 99)
         return PurgeAll();
-    if (choice == 98 && OneIn(5))
-        return DeleteClean();
+    if (choice == 98)
+        return OneIn(2) ? PurgeSome() : DeleteClean();
     if (choice < 45)
         return DoOne();
     if (choice < 72)
@@ -181,10 +185,18 @@ bool UndoMarathon::DoOne() {
     return CheckBudget();
 }
 
+/// The sum that the stack keeps is that of its verbs, and those done before the newest fit into the budget.
 bool UndoMarathon::CheckBudget() {
     const ZvVerbStack& stack = *m_drawing->Verbs();
-    const ZvVerb* newest = stack.GetVerb(stack.StackSize() - 1);
-    const size_t older = stack.MemUsage() - (newest ? newest->MemUsage() : 0);
+    size_t all = 0, older = 0;
+    for (int i = 0; i < stack.StackSize(); ++i) {
+        const size_t bytes = stack.GetVerb(i)->MemUsage();
+        all += bytes;
+        older += i < stack.Position() - 1 ? bytes : 0;
+    }
+    if (all != stack.MemUsage())
+        return Fail("the stack counts " + std::to_string(stack.MemUsage()) + " bytes, its verbs " +
+                    std::to_string(all));
     return older <= size_t(stack.Budget()) || Fail("older verbs hold more than the undo budget");
 }
 
@@ -196,7 +208,7 @@ bool UndoMarathon::UndoOne() {
     const std::string name = stack.GetVerb(stack.Position() - 1)->GetName().ToUtf8();
     if (!stack.Undo())
         return Fail("\"" + name + "\" was not undone");
-    return Expect(m_states[size_t(stack.Position())], "undo of \"" + name + "\"");
+    return Expect(m_states[size_t(stack.Position())], "undo of \"" + name + "\"") && CheckBudget();
 }
 
 bool UndoMarathon::RedoOne() {
@@ -207,7 +219,7 @@ bool UndoMarathon::RedoOne() {
     const std::string name = stack.GetVerb(stack.Position())->GetName().ToUtf8();
     if (!stack.Redo())
         return Fail("\"" + name + "\" was not redone");
-    return Expect(m_states[size_t(stack.Position())], "redo of \"" + name + "\"");
+    return Expect(m_states[size_t(stack.Position())], "redo of \"" + name + "\"") && CheckBudget();
 }
 
 bool UndoMarathon::PurgeAll() {
@@ -220,27 +232,54 @@ bool UndoMarathon::PurgeAll() {
     return Expect(before, "purge");
 }
 
-/// Deleting for good takes entities out of the middle of the history: what is left of it must still run, and the oracle
-/// starts anew.
+/// Forgets what concerns a layer or some entities: the drawing stays the same, and what is left still runs.
+bool UndoMarathon::PurgeSome() {
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    const NativeFiles::Bytes before = Save();
+    if (OneIn(2)) {
+        ++m_counts["- purge for entities"];
+        const ZvSelection entities = Some(4);
+        stack.PurgeUndoForEntities(&entities);
+        for (ZvVerb* verb : stack.GetVerbStack())
+            if (verb->UsesEntities({entities.Names().begin(), entities.Names().end()}))
+                return Fail("\"" + verb->GetName().ToUtf8() + "\" survived the purge for its entities");
+        return Expect(before, "purge for entities") && RunWithGaps();
+    }
+    ++m_counts["- purge for a layer"];
+    ZvLayer* layer = AnyLayer();
+    stack.PurgeUndoForLayer(layer);
+    for (ZvVerb* verb : stack.GetVerbStack())
+        if (verb->UsesLayers({layer}))
+            return Fail("\"" + verb->GetName().ToUtf8() + "\" survived the purge for its layer");
+    return Expect(before, "purge for a layer") && RunWithGaps();
+}
+
+/// What is left of a history runs to its start and to its end, and no step of it is refused. The places are not those of
+/// before: entities that a forgotten verb had changed, too, have a gap in their history.
+bool UndoMarathon::RunWithGaps() {
+    ZvVerbStack& stack = *m_drawing->Verbs();
+    while (stack.CanUndo())
+        if (!stack.Undo())
+            return Fail("a verb before a gap was not undone");
+    while (stack.CanRedo())
+        if (!stack.Redo())
+            return Fail("a verb behind a gap was not redone");
+    const NativeFiles::Bytes now = Save();
+    stack.PurgeUndo();
+    m_states.assign(1, now);
+    return Expect(now, "purge behind gaps");
+}
+
+/// Deleting for good takes entities out of the middle of the history: what is left of it must still run.
 bool UndoMarathon::DeleteClean() {
     ++m_counts["- deletion for good"];
     ZvVerbStack& stack = *m_drawing->Verbs();
     const ZvSelection leaving = Some(4);
     stack.DeleteEntitiesClean(&leaving);
     for (int i = 0; i < leaving.Count(); ++i)
-        if (leaving.Check(i))
+        if (leaving.Check(i) || stack.EntitiesInUse().count(leaving.GetName(i).value))
             return Fail("an entity outlived its deletion");
-    const NativeFiles::Bytes now = Save();
-    if (OneIn(2)) {
-        stack.PurgeUndo();
-        m_states.assign(1, now);
-        return Expect(now, "purge after a deletion for good");
-    }
-    while (stack.CanUndo() && stack.Undo())
-        ;
-    stack.PurgeUndo();
-    m_states.assign(1, Save());
-    return true;
+    return RunWithGaps();
 }
 
 bool UndoMarathon::Expect(const NativeFiles::Bytes& state, const std::string& after) {
@@ -299,11 +338,16 @@ bool UndoMarathon::Section() {
     m_states.resize(size_t(stack.Position()) + 1);
     if (barrier && (stack.Undo() || !Expect(m_states.back(), "an undo that a section bars")))
         return Fail("a section did not bar the undo");
+    const int start = stack.Position();
+    int done = -stack.VerbsExecuted();
     for (uint32_t count = Below(4); count > 0; --count)
         if (!DoOne())
             return false;
-    if (!stack.VerbEndSection(id, rollBack ? ZvVerbStack::kSectionRollBack : 0))
-        return Fail("a section did not end");
+    done += stack.VerbsExecuted();
+    const bool isWhole = stack.Position() >= done; // else the budget has cost verbs of its own
+    if (stack.VerbEndSection(id, rollBack ? ZvVerbStack::kSectionRollBack : 0) != (isWhole || !rollBack))
+        return Fail("a section of " + std::to_string(done) + " verbs behind " + std::to_string(start) +
+                    " did not end");
     m_states.resize(size_t(stack.Position()) + 1);
     return Expect(m_states.back(), rollBack ? "a section rolled back" : "a section");
 }

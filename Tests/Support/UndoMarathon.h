@@ -10,6 +10,7 @@
 
 class ZvDrawing;
 class ZvEntity;
+class ZvLayout;
 class ZvLayer;
 class ZvSelection;
 class ZvTable;
@@ -57,6 +58,8 @@ private:
     bool UndoOne();
     bool RedoOne();
     bool PurgeAll();
+    bool PurgeSome();
+    bool RunWithGaps();
     bool DeleteClean();
     bool Section();
     bool CheckBudget();
@@ -70,7 +73,9 @@ private:
     Verb Modify();
     Verb Replace();
     Verb Convert();
+    Verb NewDualSource();
     Verb Aggregate();
+    Verb PaperAggregate();
     Verb MoveToLayer();
     Verb PropertyChange();
     Verb GeometryProperty();
@@ -92,6 +97,7 @@ private:
     ZvEntity* AnyEntity();
     ZvSelection Some(int most);
     ZvLayer* AnyLayer();
+    ZvLayout* AnyLayout();
     ZvTable* AnyTable();
 
     uint64_t m_seed;

@@ -3,6 +3,7 @@
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLayoutTable.h"
 #include "Zelvan/Tables/ZvLineTypeTable.h"
 #include "Zelvan/Verbs/ZvVAggregate.h"
 #include "Zelvan/Verbs/ZvVChangeSS.h"
@@ -10,11 +11,13 @@
 #include "Zelvan/Verbs/ZvVDrawOrder.h"
 #include "Zelvan/Verbs/ZvVEntModify.h"
 #include "Zelvan/Verbs/ZvVEntNew.h"
+#include "Zelvan/Verbs/ZvVEntNewDualSource.h"
 #include "Zelvan/Verbs/ZvVEntTiny.h"
 #include "Zelvan/Verbs/ZvVErase.h"
 #include "Zelvan/Verbs/ZvVModify.h"
 #include "Zelvan/Verbs/ZvVMoveGrip.h"
 #include "Zelvan/Verbs/ZvVMoveToLayer.h"
+#include "Zelvan/Verbs/ZvVPaperAggregate.h"
 #include "Zelvan/Verbs/ZvVPropertyChange.h"
 #include "Zelvan/Verbs/ZvVRecordErase.h"
 #include "Zelvan/Verbs/ZvVRecordModify.h"
@@ -33,7 +36,9 @@ const std::vector<UndoMarathon::Kind>& UndoMarathon::AllKinds() {
         {"modification", &M::Modify, 6},
         {"replacement", &M::Replace, 5},
         {"conversion", &M::Convert, 5},
+        {"creation from two", &M::NewDualSource, 4},
         {"aggregate", &M::Aggregate, 6},
+        {"paper aggregate", &M::PaperAggregate, 5},
         {"move to layer", &M::MoveToLayer, 8},
         {"properties", &M::PropertyChange, 8},
         {"geometry property", &M::GeometryProperty, 4},
@@ -72,6 +77,12 @@ ZvSelection UndoMarathon::Some(int most) {
 ZvLayer* UndoMarathon::AnyLayer() {
     std::vector<ZvTableRecord*> layers = m_drawing->LayerTable()->GetUserEnumList();
     return layers.empty() ? nullptr : static_cast<ZvLayer*>(layers[Below(uint32_t(layers.size()))]);
+}
+
+ZvLayout* UndoMarathon::AnyLayout() {
+    const std::vector<ZvLayout*> layouts = m_drawing->LayoutTable()->GetOrdered();
+    ZvLayout* layout = layouts.empty() ? nullptr : layouts[Below(uint32_t(layouts.size()))];
+    return layout && !layout->IsErased() && layout->Drawing() ? layout : nullptr;
 }
 
 /// Layers and line types more often than the others.
@@ -133,6 +144,16 @@ UndoMarathon::Verb UndoMarathon::Convert() {
     return verb;
 }
 
+UndoMarathon::Verb UndoMarathon::NewDualSource() {
+    auto verb = std::make_unique<ZvVEntNewDualSource>(m_drawing.get());
+    const ZvEntity *first = AnyEntity(), *second = AnyEntity();
+    ZvLayer* layer = AnyLayer();
+    if (!first || !layer)
+        return nullptr;
+    const ZvName name = m_drawing->Insert(RandomEntity(), layer->GetName());
+    return verb->AddDualSourceTripple(m_drawing->GetEntity(name), first, second) ? std::move(verb) : nullptr;
+}
+
 /// Of verbs that find what they need whatever the others did before.
 UndoMarathon::Verb UndoMarathon::Aggregate() {
     auto verb = std::make_unique<ZvVAggregate>(m_drawing.get());
@@ -142,6 +163,31 @@ UndoMarathon::Verb UndoMarathon::Aggregate() {
         &UndoMarathon::AttributeChange};
     for (uint32_t count = 1 + Below(4); count > 0; --count)
         verb->Add((this->*kParts[Below(7)])());
+    return verb;
+}
+
+/// On the sheet of a layout and in the drawing.
+UndoMarathon::Verb UndoMarathon::PaperAggregate() {
+    ZvLayout* layout = AnyLayout();
+    if (!layout)
+        return nullptr;
+    ZvDrawing& sheet = *layout->Drawing();
+    ZvSelection onSheet(&sheet), some(&sheet);
+    sheet.SelectAll(onSheet);
+    for (const uint32_t name : onSheet.Names())
+        if (OneIn(4))
+            some.Insert(ZvName(name));
+    auto verb = std::make_unique<ZvVPaperAggregate>(m_drawing.get());
+    if (OneIn(2)) {
+        auto created = std::make_unique<ZvVEntNew>(&sheet);
+        created->Add(RandomEntity());
+        verb->Add(std::move(created));
+    }
+    verb->Add(std::make_unique<ZvVTransform>(some, Mat4d::RotationZ(double(Below(628)) / 100)));
+    if (OneIn(2))
+        verb->Add(std::make_unique<ZvVErase>(some));
+    if (OneIn(2))
+        verb->Add(Transform());
     return verb;
 }
 

@@ -58,6 +58,8 @@ public:
     /// Forget the verbs that use the layer, or one of the entities. Null is ignored.
     void PurgeUndoForLayer(ZvLayer* layer);
     void PurgeUndoForEntities(const ZvSelection* entities);
+    /// Forgets the verbs that reach into a layout's drawing.
+    void PurgeUndoForLayout(const ZvDrawing& layout);
     /// Removes entities from the drawing for good: no verb remembers them afterwards, and verbs that did nothing else
     /// leave the stack.
     void DeleteEntitiesClean(const ZvSelection* entities);
@@ -67,7 +69,7 @@ public:
     /// Whether a purge that was asked for while busy will forget the verb.
     bool VerbIsPendingDestruction(const ZvVerb* verb) const;
     /// Whether a verb that a special purge leaves needs the entity. For verbs that are being flushed.
-    bool IsHeldByKeptVerb(uint32_t name) const { return !m_held.empty() && m_held.count(name) != 0; }
+    bool IsHeldByKeptVerb(uint32_t name) const;
 
     // --- what is on the stack -------------------------------------------------------------------------------
     bool IsBusy() const { return m_busy > 0; }
@@ -144,9 +146,11 @@ private:
     bool m_purgePending = false;
     bool m_specialPending = false;
     std::set<ZvLayer*> m_pendingLayers;
+    std::set<const ZvDrawing*> m_pendingLayouts;
     ZvSelection m_pendingEntities;
     ZvSelection m_deleteFromDone;
     ZvSelection m_deleteFromNeverDone;
+    bool m_purgesSome = false; // a special purge runs
     std::set<uint32_t> m_held; // during a special purge: what the verbs that stay hold
     DateTime m_created;
 };

@@ -26,6 +26,17 @@ void ZvVerbStack::PurgeUndoForEntities(const ZvSelection* entities) {
     PurgeUndo(true);
 }
 
+void ZvVerbStack::PurgeUndoForLayout(const ZvDrawing& layout) {
+    m_pendingLayouts.insert(&layout);
+    PurgeUndo(true);
+}
+
+/// What verbs of the parent drawing hold in the drawing of a layout is not counted: while some of them go, all stays.
+bool ZvVerbStack::IsHeldByKeptVerb(uint32_t name) const {
+    const ZvDrawing* parent = m_drawing.ParentLayoutDrawing();
+    return (parent && parent->Verbs()->m_purgesSome) || m_held.count(name) != 0;
+}
+
 void ZvVerbStack::DeleteEntitiesClean(const ZvSelection* entities) {
     if (!entities || entities->ParentDrawing() != &m_drawing)
         return;
@@ -56,7 +67,9 @@ bool ZvVerbStack::VerbIsPendingDestruction(const ZvVerb* verb) const {
 }
 
 bool ZvVerbStack::IsSpecial(const ZvVerb& verb, const std::set<uint32_t>& names) const {
-    return (!m_pendingLayers.empty() && verb.UsesLayers(m_pendingLayers)) ||
+    const bool reachesIn = std::any_of(m_pendingLayouts.begin(), m_pendingLayouts.end(),
+                                       [&verb](const ZvDrawing* layout) { return verb.WorksOn(*layout); });
+    return reachesIn || (!m_pendingLayers.empty() && verb.UsesLayers(m_pendingLayers)) ||
            (!names.empty() && verb.UsesEntities(names));
 }
 
@@ -91,6 +104,7 @@ void ZvVerbStack::PurgeAfterPosition() {
 void ZvVerbStack::PurgeAll() {
     m_purgePending = m_specialPending = false;
     m_pendingLayers.clear();
+    m_pendingLayouts.clear();
     m_pendingEntities.Clear();
     for (Section& section : m_sections)
         section.hasLost |= section.start < m_position;
@@ -106,6 +120,7 @@ void ZvVerbStack::PurgeSpecial() {
     const std::vector<uint32_t>& pending = m_pendingEntities.Names();
     const std::set<uint32_t> names(pending.begin(), pending.end());
     std::vector<size_t> going;
+    m_purgesSome = true;
     for (size_t i = 0; i < m_verbs.size(); ++i) {
         if (IsSpecial(*m_verbs[i].verb, names))
             going.push_back(i);
@@ -122,8 +137,9 @@ void ZvVerbStack::PurgeSpecial() {
     for (auto index = going.rbegin(); index != going.rend(); ++index)
         Drop(*index);
     m_held.clear();
-    m_specialPending = false;
+    m_purgesSome = m_specialPending = false;
     m_pendingLayers.clear();
+    m_pendingLayouts.clear();
     m_pendingEntities.Clear();
     ClampSections();
 }
@@ -164,6 +180,8 @@ void ZvVerbStack::DeletePending() {
             emptied.push_back(i);
     }
     ForgetEmptied(emptied);
+    if (ZvDrawing* parent = m_drawing.ParentLayoutDrawing())
+        parent->Verbs()->PurgeUndoForLayout(m_drawing);
     ZvSelection all = done;
     all.Insert(neverDone);
     ZvSelection rest = m_drawing.CurrentSelection();

@@ -28,6 +28,9 @@ void ZvLayout::OnInserted() {
 }
 
 void ZvLayout::OnRemoving() {
+    ZvDrawing* parent = GetParentDrawing();
+    if (parent && m_drawing && !parent->Destroying() && GetTable()->IsRecordInTable(this))
+        parent->Verbs()->PurgeUndoForLayout(*m_drawing);
     m_drawing.reset();
 }
 

@@ -1,7 +1,7 @@
 #include "Zelvan/Verbs/ZvEntitySnapshots.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
 #include "Zelvan/Entities/ZvEntity.h"
-#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvSelection.h"
 #include "ZvCore/ZvErrors.h"
@@ -39,8 +39,9 @@ void ZvEntitySnapshots::Take(const ZvEntity& target, std::unique_ptr<ZvEntity> s
     One one;
     one.entity = std::move(state);
     one.entity->SetName32(target.Name32());
-    one.layer = target.GetLayer();
-    const ZvAttributeTable* table = one.layer ? one.layer->AttributesOrNull() : nullptr;
+    const ZvLayer* layer = target.GetLayer();
+    one.layer = layer ? layer->GetId() : 0;
+    const ZvAttributeTable* table = layer ? layer->AttributesOrNull() : nullptr;
     if (table && table->HasRow(target.Name())) {
         one.row = std::make_unique<Row>();
         for (int field = 0; field < table->FieldCount(); ++field)
@@ -57,22 +58,32 @@ bool ZvEntitySnapshots::Restore(ZvDrawing& drawing, size_t index) const {
         ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvEntitySnapshots.Restore");
         return false;
     }
-    if (one.layer && live->GetLayer() != one.layer)
-        (void)live->MoveToLayer(one.layer);
+    ZvLayer* layer = live->GetLayer();
+    if (one.layer && !(layer && layer->GetId() == one.layer)) {
+        layer = LayerOf(drawing, one);
+        if (layer)
+            (void)live->MoveToLayer(layer);
+        else
+            ZvErrors::Report(ZvErrorCode::VerbLayerGone, "ZvEntitySnapshots.Restore");
+    }
     const ZvBounds3D bounds = live->Bounds3D();
     live->CloneFrom(*one.entity);
     if (live->Bounds3D() != bounds)
         live->RecalcBounds();
     live->Touch();
-    RestoreRow(one, live->Name32());
+    RestoreRow(one, layer, live->Name32());
     return true;
 }
 
-void ZvEntitySnapshots::RestoreRow(const One& one, uint32_t number) {
+ZvLayer* ZvEntitySnapshots::LayerOf(const ZvDrawing& drawing, const One& one) {
+    return drawing.LayerTable() ? drawing.LayerTable()->GetById(one.layer) : nullptr;
+}
+
+void ZvEntitySnapshots::RestoreRow(const One& one, ZvLayer* layer, uint32_t number) {
     const ZvName name(number);
-    if (!one.layer || !(one.row || one.layer->AttributesOrNull()))
+    if (!layer || !(one.row || layer->AttributesOrNull()))
         return;
-    ZvAttributeTable& table = one.layer->Attributes();
+    ZvAttributeTable& table = layer->Attributes();
     if (!one.row)
         table.RemoveRow(name);
     else if (!table.SetRow(name, *one.row))
@@ -87,8 +98,12 @@ void ZvEntitySnapshots::Remove(const ZvSelection& leaving) {
     });
 }
 
-void ZvEntitySnapshots::AddLayers(std::vector<ZvLayer*>& layers) const {
+void ZvEntitySnapshots::AddLayers(const ZvDrawing& drawing, std::vector<ZvLayer*>& layers) const {
+    uint32_t last = 0;
     for (const One& one : m_copies)
-        if (one.layer && (layers.empty() || layers.back() != one.layer))
-            layers.push_back(one.layer);
+        if (one.layer && one.layer != last) {
+            last = one.layer;
+            if (ZvLayer* layer = LayerOf(drawing, one))
+                layers.push_back(layer);
+        }
 }

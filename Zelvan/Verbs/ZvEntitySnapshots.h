@@ -30,7 +30,7 @@ public:
     /// Makes the drawing's entity of that name what it was. False (unchanged) when it is gone or of another kind.
     bool Restore(ZvDrawing& drawing, size_t index) const;
     void Remove(const ZvSelection& leaving);
-    void AddLayers(std::vector<ZvLayer*>& layers) const;
+    void AddLayers(const ZvDrawing& drawing, std::vector<ZvLayer*>& layers) const;
     /// In constant time.
     size_t MemUsage() const { return m_bytes + m_copies.capacity() * sizeof(One); }
 
@@ -38,11 +38,12 @@ private:
     using Row = std::vector<ZvAttributeColumn::Value>;
     struct One {
         std::unique_ptr<ZvEntity> entity;
-        ZvLayer* layer = nullptr;
+        uint32_t layer = 0;       ///< id: the layer need not be there any more
         std::unique_ptr<Row> row; ///< null: it had none
     };
     static size_t BytesOf(const One& one);
-    static void RestoreRow(const One& one, uint32_t name);
+    static ZvLayer* LayerOf(const ZvDrawing& drawing, const One& one);
+    static void RestoreRow(const One& one, ZvLayer* layer, uint32_t name);
 
     std::vector<One> m_copies;
     size_t m_bytes = 0; ///< what the copies hold

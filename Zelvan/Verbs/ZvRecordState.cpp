@@ -1,4 +1,5 @@
 #include "Zelvan/Verbs/ZvRecordState.h"
+#include "Zelvan/Tables/ZvLayer.h"
 #include "Zelvan/Tables/ZvTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvTableTable.h"
@@ -14,6 +15,10 @@ ZvTable* ZvRecordKey::Table(const ZvDrawing& drawing) const {
 ZvTableRecord* ZvRecordKey::Find(const ZvDrawing& drawing) const {
     const ZvTable* table = Table(drawing);
     return table && id ? table->GetById(id) : nullptr;
+}
+
+ZvLayer* ZvRecordKey::FindLayer(const ZvDrawing& drawing) const {
+    return dynamic_cast<ZvLayer*>(Find(drawing));
 }
 
 ZvRecordState::ZvRecordState(const ZvTableRecord& record)

@@ -6,6 +6,7 @@
 #include <vector>
 
 class ZvDrawing;
+class ZvLayer;
 class ZvTable;
 class ZvTableRecord;
 
@@ -18,6 +19,8 @@ struct ZV_API ZvRecordKey {
     /// Null when there is no such table or record.
     ZvTable* Table(const ZvDrawing& drawing) const;
     ZvTableRecord* Find(const ZvDrawing& drawing) const;
+    /// Null for records of other tables.
+    ZvLayer* FindLayer(const ZvDrawing& drawing) const;
 };
 
 /// Name, flags and fields of a record as they were, the fields in the form of files. What the record owns (entities, a

@@ -141,6 +141,12 @@ bool ZvVAggregate::UsesLayers(const std::set<ZvLayer*>& layers) const {
                        [&](const auto& child) { return child->UsesLayers(layers); });
 }
 
+bool ZvVAggregate::WorksOn(const ZvDrawing& drawing) const {
+    return ZvVerb::WorksOn(drawing) ||
+           std::any_of(m_children.begin(), m_children.end(),
+                       [&](const auto& child) { return child->WorksOn(drawing); });
+}
+
 void ZvVAggregate::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     for (const auto& child : m_children)

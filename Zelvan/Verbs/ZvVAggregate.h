@@ -38,6 +38,7 @@ public:
     void SetParent(ZvDrawing* drawing) override;
     void SetSequence(int sequence) override;
     bool UsesLayers(const std::set<ZvLayer*>& layers) const override;
+    bool WorksOn(const ZvDrawing& drawing) const override;
     void RestoreSelection() override;
 
 protected:

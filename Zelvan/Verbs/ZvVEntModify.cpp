@@ -82,8 +82,8 @@ void ZvVEntModify::MakeAll(const ZvEntitySnapshots& copies) {
 void ZvVEntModify::UpdateLayersUsed() {
     ZvVerb::UpdateLayersUsed();
     std::vector<ZvLayer*> layers;
-    m_originals.AddLayers(layers);
-    m_modified.AddLayers(layers);
+    m_originals.AddLayers(*Drawing(), layers);
+    m_modified.AddLayers(*Drawing(), layers);
     for (ZvLayer* layer : layers)
         AddLayerUsed(layer);
 }

@@ -72,6 +72,12 @@ bool ZvVRecordModify::Redo() {
     return true;
 }
 
+void ZvVRecordModify::UpdateLayersUsed() {
+    ZvVerb::UpdateLayersUsed();
+    for (const Entry& entry : m_entries)
+        AddLayerUsed(entry.key.FindLayer(*Drawing()));
+}
+
 XStringW ZvVRecordModify::DefaultName() const {
     return ZvStrings::GetW(ZvStr::VerbRecordModify);
 }

@@ -29,6 +29,7 @@ public:
     void Undo() override;
     /// False, nothing changed, when a record is gone.
     bool Redo() override;
+    void UpdateLayersUsed() override;
 
 private:
     struct Entry {

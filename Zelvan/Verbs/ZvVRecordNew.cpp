@@ -34,6 +34,7 @@ void ZvVRecordNew::Do() {
     if (m_refused)
         return;
     m_key.id = record->GetId();
+    AddLayerUsed(m_key.FindLayer(*Drawing()));
     m_after = table->GetCounters();
 }
 

@@ -118,6 +118,13 @@ void ZvVTextChange::TakeBack(const OfRecord& where) {
         ZvErrors::Report(ZvErrorCode::VerbRecordGone, "ZvVTextChange.Undo");
 }
 
+void ZvVTextChange::UpdateLayersUsed() {
+    ZvVerb::UpdateLayersUsed();
+    for (const Change& change : m_changes)
+        if (const auto* record = std::get_if<OfRecord>(&change.where))
+            AddLayerUsed(record->key.FindLayer(*Drawing()));
+}
+
 void ZvVTextChange::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     m_originals.Remove(leaving);

@@ -24,6 +24,7 @@ public:
     bool IsNullOp() const override { return m_changes.empty(); }
     void Do() override;
     void Undo() override;
+    void UpdateLayersUsed() override;
     void RemoveFromSet(const ZvSelection& leaving) override;
 
 private:

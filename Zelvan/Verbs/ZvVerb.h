@@ -120,6 +120,8 @@ public:
 
     /// By the stack, after Undo: brings back the current selection as it was before Do, if Do changed it.
     virtual void RestoreSelection();
+    /// Whether it changes things in the drawing: its own or that of a layout.
+    virtual bool WorksOn(const ZvDrawing& drawing) const { return m_drawing == &drawing; }
 
 protected:
     /// Gives associated data to its heirs, and takes back what was given. For Do, Undo and Redo of kinds

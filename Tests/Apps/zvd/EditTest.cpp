@@ -120,6 +120,58 @@ add point 1,parsec
     EXPECT_NE(run.err.find("'1,parsec' is no point"), std::string::npos) << run.err;
 }
 
+TEST_F(ZvdEdit, ReshapesEntitiesAndKeepsRecordsInOrder) {
+    const ZvdRun run = Edit(R"(layer new Plots
+layer new Old
+layer new Links
+add polyline 0.2,0.3 5.4,5.2 9,1 layer=Old
+add point 20,20 layer=Plots
+attribute 1-2 owner=Anna
+text layer:Old owner "Anna Lee"
+round 1 1
+convert 1 multipoint
+undo
+redo
+connect 3 2
+replace 2 point 30,30
+hide layer:Plots
+count all
+show layer:Plots
+protect layer:Old
+count all
+release layer:Old
+layer merge Old Plots
+undo
+redo
+layout new Plan
+layout add Plan polygon 0,0 10,0 10,8
+layout clear all
+undo
+record linetype new Dots
+record linetype rename Dots Dashes
+describe linetype Dashes "long and short"
+undo 4
+redo 4
+count all
+count layer:Plots
+save
+)");
+    ASSERT_EQ(run.code, 0) << run.out << run.err;
+    EXPECT_NE(run.out.find("\n15: 2\n"), std::string::npos) << "what is hidden is not in all\n" << run.out;
+    EXPECT_NE(run.out.find("\n18: 1\n"), std::string::npos) << "nor what is protected\n" << run.out;
+    EXPECT_NE(run.out.find("\n32: 3\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n33: 3\n"), std::string::npos) << run.out;
+    const auto entity = [&](int name) {
+        return RunZvd(m_folder.Path(),
+                      "info --json --entity " + std::to_string(name) + " " + Quote(m_folder / "plan.zvd"))
+            .out;
+    };
+    EXPECT_NE(entity(3).find("MultiPoint"), std::string::npos) << entity(3);
+    EXPECT_NE(entity(3).find("Anna Lee"), std::string::npos) << entity(3);
+    EXPECT_NE(entity(5).find("Anna"), std::string::npos) << "the replacement has the attributes\n"
+                                                         << entity(5);
+}
+
 TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {
     struct Case {
         const char* line;
@@ -142,6 +194,19 @@ TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {
         {"undo 9", "after 1 steps there is nothing to undo"},
         {"redo", "nothing to redo"},
         {"section end", "no section is open"},
+        {"convert 1 polygon", "can become"},
+        {"convert 1 circle", "nothing to become"},
+        {"replace all point 1,1 2,2", "replaced by one"},
+        {"connect 1 1", "two entities"},
+        {"round 1 1", "has vertices"},
+        {"round 1 -1", "is no step"},
+        {"text 1 owner Anna", "attribute WHAT"},
+        {"layer merge 0 0", "cannot go into"},
+        {"layout add Plan point 1,1", "layout new"},
+        {"layout clear all", "nothing on the sheet"},
+        {"record colour new Red", "known are layer"},
+        {"record linetype new", "write: record"},
+        {"describe linetype Dots x", "there is no linetype"},
         {"save nowhere/at/all.zvd", "cannot save"},
     };
     for (const Case& c : cases) {
