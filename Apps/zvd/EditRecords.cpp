@@ -76,7 +76,7 @@ bool EditSession::Record(const std::string& table, const std::vector<std::string
         const XStringW name = XStringW::FromUtf8(words[1]);
         if (records->GetByName(name))
             return Refuse(outcome, "there is a " + table + " '" + words[1] + "' already");
-        if (!ZvTableRecord::CheckRecordName(name))
+        if (!records->IsNewNameValid(name))
             return Refuse(outcome, "'" + words[1] + "' cannot be a name");
         return Do(std::make_unique<ZvVRecordNew>(*records, name), outcome);
     }
@@ -93,6 +93,8 @@ bool EditSession::Record(const std::string& table, const std::vector<std::string
         return Refuse(outcome, "write: " + table + " new|delete NAME, or: " + table + " rename OLD NEW");
     if (records->GetByName(XStringW::FromUtf8(words[2])))
         return Refuse(outcome, "there is a " + table + " '" + words[2] + "' already");
+    if (!records->IsNewNameValid(XStringW::FromUtf8(words[2])))
+        return Refuse(outcome, "'" + words[2] + "' cannot be a name");
     auto verb = std::make_unique<ZvVRecordModify>(*record);
     verb->Set("Name", XStringW::FromUtf8(words[2]));
     return Do(std::move(verb), outcome);

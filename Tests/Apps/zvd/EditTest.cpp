@@ -206,6 +206,7 @@ TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {
         {"layout clear all", "nothing on the sheet"},
         {"record colour new Red", "known are layer"},
         {"record linetype new", "write: record"},
+        {"record linetype new ByLayer", "cannot be a name"},
         {"describe linetype Dots x", "there is no linetype"},
         {"save nowhere/at/all.zvd", "cannot save"},
     };
