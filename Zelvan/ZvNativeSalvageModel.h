@@ -79,7 +79,7 @@ template <class F>
 void ForEachRecord(const Records& group, F&& each);
 template <class F>
 void ForEachRecord(const Table& table, F&& each);
-/// Contents whose head is lost, or says what cannot be, get the record that the order of records leaves for them.
+/// Nothing of the tables counts as erased. Contents whose head is lost, or says what cannot be, get the record that the order of records leaves for them.
 void AssignHeadless(Section& section);
 /// A name that may be damaged gives way to the same name of an object that is sound.
 void SettleNames(Section& section);

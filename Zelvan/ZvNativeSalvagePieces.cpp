@@ -170,8 +170,7 @@ uint64_t ZvNativeSalvageScan::AttributesFrame(uint64_t at, bool trusted, bool ta
 bool ZvNativeSalvageScan::TakeContent(uint64_t at, const ZvSalvaged::Bytes& content, bool vouched) {
     ZvSalvaged::Records list;
     if (m_records->IsList(content.data(), content.size(), list)) {
-        if (m_result.clientsLost)
-            m_records->LearnClients(list);
+        m_records->LearnClients(list);
         list.doubtful = !vouched;
         TakeRecords(at, std::move(list));
         CountBlock();

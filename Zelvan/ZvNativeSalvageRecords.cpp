@@ -115,7 +115,7 @@ uint64_t ZvNativeSalvageRecords::Overrun(const uint8_t* bytes, uint64_t size, ui
 }
 
 std::vector<ZvNativeSalvageRecords::Place> ZvNativeSalvageRecords::Search(const uint8_t* bytes,
-                                                                          uint64_t size) const {
+                                                                          uint64_t size) {
     std::vector<Place> found;
     uint64_t at = 0;
     if (size >= 8 && !MayBegin(bytes, size, false) && MayBegin(bytes + 8, size - 8, false))
@@ -131,8 +131,10 @@ std::vector<ZvNativeSalvageRecords::Place> ZvNativeSalvageRecords::Search(const 
             at = next;
             continue;
         }
-        if (sense)
+        if (sense) {
             found.push_back({at, length});
+            LearnClient(bytes + at);
+        }
         // Of a damaged record in a chain nothing is taken: the records inside of it are no objects of their own.
         chained = sense || (chained && follows);
         at += chained ? length : 1;
@@ -140,13 +142,18 @@ std::vector<ZvNativeSalvageRecords::Place> ZvNativeSalvageRecords::Search(const 
     return found;
 }
 
+void ZvNativeSalvageRecords::LearnClient(const uint8_t* record) {
+    uint16_t client = 0;
+    std::memcpy(&client, record + sizeof(uint64_t), sizeof client);
+    if (m_clientsLost)
+        m_clients.try_emplace(client, false);
+}
+
 void ZvNativeSalvageRecords::LearnClients(const ZvSalvaged::Records& list) {
     for (uint64_t at = 0; at + m_header.entityHeadSize <= list.bytes.size();) {
         uint64_t length = 0;
-        uint16_t client = 0;
         std::memcpy(&length, list.bytes.data() + at, sizeof length);
-        std::memcpy(&client, list.bytes.data() + at + sizeof length, sizeof client);
-        m_clients.try_emplace(client, false);
+        LearnClient(list.bytes.data() + at);
         if (length < m_header.entityHeadSize)
             break;
         at += length;

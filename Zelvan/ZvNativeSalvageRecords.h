@@ -20,8 +20,8 @@ public:
     };
     /// What records there are among the bytes: first those that chain from the start, then, wherever the chain breaks, from the
     /// next record on whose payload makes sense, or which another follows where nothing but the length is known of its kind.
-    std::vector<Place> Search(const uint8_t* bytes, uint64_t size) const;
-    /// The clients of the records of a sound list, for files that lost their list of them.
+    std::vector<Place> Search(const uint8_t* bytes, uint64_t size);
+    /// The clients of the records of a sound list, for files that lost their list of them; without effect for others.
     void LearnClients(const ZvSalvaged::Records& list);
 
 private:
@@ -31,6 +31,7 @@ private:
     /// with it, those that it reaches into do not.
     uint64_t Overrun(const uint8_t* bytes, uint64_t size, uint64_t at, uint64_t length,
                      uint64_t& effort) const;
+    void LearnClient(const uint8_t* record);
     /// Whether a record that ends there is followed by another or by the end (a layer's mark may stand between).
     bool IsFollowed(const uint8_t* end, uint64_t left) const;
     /// `trusted`: the answer for kinds of which only the length is known.

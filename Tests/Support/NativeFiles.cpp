@@ -5,6 +5,7 @@
 #include "Zelvan/Tables/ZvBlockTable.h"
 #include "Zelvan/Tables/ZvDataTable.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLayoutTable.h"
 #include "Zelvan/Tables/ZvLineTypeTable.h"
 #include "Zelvan/ZvBNode.h"
 #include "Zelvan/ZvDrawing.h"
@@ -32,6 +33,8 @@ Guid NumberedGuid(uint32_t number) {
     return guid;
 }
 
+} // namespace
+
 void FixGuids(ZvDrawing& drawing) {
     uint32_t number = 1;
     for (int t = 0; t < drawing.TableTable()->Count(); ++t) {
@@ -39,7 +42,11 @@ void FixGuids(ZvDrawing& drawing) {
         for (int i = 0; i < table->Count(); ++i)
             table->Get(i)->SetGuid(NumberedGuid(++number));
     }
+    for (int i = 0; i < drawing.LayoutTable()->Count(); ++i)
+        FixGuids(*drawing.LayoutTable()->Get(i)->Drawing());
 }
+
+namespace {
 
 std::unique_ptr<ZvXLine> Lines(bool z, bool m, bool polygon, int force64, int count, double offset) {
     std::vector<Vec4d> vertices;

@@ -19,6 +19,8 @@ using Bytes = std::vector<uint8_t>;
 
 /// Layers, polylines of every form, a block, a line type, data records, a compound. Made with fixed guids and dates.
 std::unique_ptr<ZvDrawing> Sample();
+/// Numbered guids for all records of tables, those of layouts' drawings included.
+void FixGuids(ZvDrawing& drawing);
 /// `count` two-dimensional polylines of `vertices` vertices on the current layer.
 void AddPolylines(ZvDrawing& drawing, int count, int vertices);
 

@@ -124,6 +124,7 @@ std::unique_ptr<ZvDrawing> Mixed(bool bulk) {
         AddLines(sheet, u"Frame", 5, 5);
         AddLines(sheet, u"Legend", 4, 3);
     }
+    FixGuids(*drawing);
     return drawing;
 }
 

@@ -189,6 +189,26 @@ TEST_F(Zvd, RepairSavesWhatCanBeReadAndTellsWhatIsLost) {
     EXPECT_FALSE(fs::exists(In("out.zvd")));
 }
 
+TEST_F(Zvd, RecoverPutsTheBackupInThePlaceOfADrawingThatIsDamagedOrMissing) {
+    MakeMap("map.zvd");
+    const std::string whole = ReadFile(In("map.zvd"));
+    WriteFile(In("map.zvd.bak"), whole);
+    EXPECT_EQ(Run("recover " + Q("map.zvd")).code, 0);
+    WriteFile(In("map.zvd"), whole.substr(0, whole.size() / 2));
+    EXPECT_EQ(Run("recover --dry-run " + Q("map.zvd")).code, 1);
+    EXPECT_FALSE(ReadFile(In("map.zvd")) == whole);
+    const ZvdRun run = Run("recover --json " + Q("map.zvd"));
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_TRUE(Json::parse(run.out, nullptr, false)[0]["exists"].get<bool>());
+    EXPECT_TRUE(ReadFile(In("map.zvd")) == whole);
+
+    WriteFile(In("map.zvd.bak"), whole);
+    fs::remove(In("map.zvd"));
+    EXPECT_EQ(Run("recover " + Q("map.zvd")).code, 0);
+    EXPECT_TRUE(ReadFile(In("map.zvd")) == whole);
+    EXPECT_EQ(Run("recover " + Q("missing.zvd")).code, 3);
+}
+
 TEST_F(Zvd, DumpNamesEveryFieldOfTheHeader) {
     MakeMap("map.zvd");
     const ZvdRun run = Run("dump --entities 2 " + Q("map.zvd"));
