@@ -142,20 +142,6 @@ void ForEachList(Section& section, bool doubtful, F&& each) {
                     each(list);
 }
 
-/// Files hold no erased records: one that says that it is would take what it owns with it.
-void KeepRecords(Table& table) {
-    constexpr size_t kFlagsAt = 16;
-    constexpr uint16_t kErased = 1;
-    for (Records& group : table.groups) {
-        const uint8_t* first = group.bytes.data();
-        ForEachRecord(std::as_const(group), [&](const uint8_t* record, size_t length) {
-            const size_t at = size_t(record - first) + kFlagsAt;
-            if (length >= kFlagsAt + 2)
-                Patch(group.bytes, at, uint16_t(Load<uint16_t>(group.bytes, at) & ~kErased));
-        });
-    }
-}
-
 /// Rows that name none of the objects beside them are those of another layer.
 void DropForeignRows(Contents& contents) {
     if (contents.attributes.empty())
@@ -178,7 +164,6 @@ void DropForeignRows(Contents& contents) {
 
 void AssignHeadless(Section& section) {
     for (const auto& table : section.tables) {
-        KeepRecords(*table);
         AssignHeadlessOf(*table);
         for (const auto& contents : table->contents) {
             DropForeignRows(*contents);

@@ -27,6 +27,13 @@ void ZvNativeWalk::EntityChunks(ZvNativeCursor& cursor) {
     cursor = start;
     cursor.Skip(length);
     for (uint32_t i = 0; i < blocks && !m_cancelled && !m_visitor.Stopped(); ++i) {
+        if (!chain.Left()) {
+            Problem(chain,
+                    "the list ends behind " + std::to_string(i) + " of its " + std::to_string(blocks) +
+                        " blocks",
+                    "the objects of the missing blocks");
+            break;
+        }
         const Level level(*this, "chunk " + std::to_string(i));
         const ZvNativeStream* stream = OpenBlock(chain, "objects block", "the objects of this block");
         if (!stream)
