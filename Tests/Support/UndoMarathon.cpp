@@ -270,7 +270,8 @@ bool UndoMarathon::RunWithGaps() {
     return Expect(now, "purge behind gaps");
 }
 
-/// Deleting for good takes entities out of the middle of the history: what is left of it must still run.
+/// Deleting for good takes entities out of the middle of the history: what is left of it runs down and up again through the same
+/// states.
 bool UndoMarathon::DeleteClean() {
     ++m_counts["- deletion for good"];
     ZvVerbStack& stack = *m_drawing->Verbs();
@@ -279,7 +280,20 @@ bool UndoMarathon::DeleteClean() {
     for (int i = 0; i < leaving.Count(); ++i)
         if (leaving.Check(i) || stack.EntitiesInUse().count(leaving.GetName(i).value))
             return Fail("an entity outlived its deletion");
-    return RunWithGaps();
+    while (stack.CanRedo())
+        if (!stack.Redo())
+            return Fail("a verb was not redone after a deletion for good");
+    std::vector<NativeFiles::Bytes> states{Save()};
+    for (; stack.CanUndo(); states.push_back(Save()))
+        if (!stack.Undo())
+            return Fail("a verb was not undone after a deletion for good");
+    for (states.pop_back(); stack.CanRedo(); states.pop_back())
+        if (!stack.Redo() || !Expect(states.back(), "redo behind a deletion for good"))
+            return m_failure.empty() ? Fail("a verb was not redone after a deletion for good") : false;
+    const NativeFiles::Bytes now = Save();
+    stack.PurgeUndo();
+    m_states.assign(1, now);
+    return Expect(now, "purge behind a deletion for good");
 }
 
 bool UndoMarathon::Expect(const NativeFiles::Bytes& state, const std::string& after) {

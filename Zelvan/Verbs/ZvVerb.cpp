@@ -7,6 +7,7 @@
 #include "Zelvan/ZvDrawing.h"
 #include "ZvCore/ZvErrors.h"
 #include <algorithm>
+#include <map>
 #include <unordered_map>
 
 /// What became of what, and what GiveMeta gave, in order.
@@ -16,16 +17,54 @@ struct ZvVerb::Lineage {
         uint32_t name;
         int fieldsBefore;
     };
+    /// What was taken back, newest first, for the next time: whoever gave it may be gone for good by then.
+    struct Taken {
+        std::vector<GivenRow> rows;
+        std::map<const ZvLayer*, ZvAttributeTable> values;
+        std::vector<Pair> partners;
+
+        void Forget(const ZvSelection& leaving);
+        size_t MemUsage() const;
+    };
     std::vector<Pair> pairs, metaPairs;
     std::vector<GivenRow> rows;
     std::vector<Pair> partners;
+    std::unique_ptr<Taken> taken;
 
+    static bool Leaves(const Pair& pair, const ZvSelection& leaving) {
+        return leaving.Contains(ZvName(pair.from)) || leaving.Contains(ZvName(pair.to));
+    }
+    void Forget(const ZvSelection& leaving);
     size_t MemUsage() const {
         return sizeof(*this) +
                (pairs.capacity() + metaPairs.capacity() + partners.capacity()) * sizeof(Pair) +
-               rows.capacity() * sizeof(GivenRow);
+               rows.capacity() * sizeof(GivenRow) + (taken ? taken->MemUsage() : 0);
     }
 };
+
+size_t ZvVerb::Lineage::Taken::MemUsage() const {
+    size_t bytes = sizeof(*this) + rows.capacity() * sizeof(GivenRow) + partners.capacity() * sizeof(Pair);
+    for (const auto& [layer, table] : values)
+        bytes += table.MemUsage();
+    return bytes;
+}
+
+void ZvVerb::Lineage::Taken::Forget(const ZvSelection& leaving) {
+    std::erase_if(partners, [&](const Pair& pair) { return Leaves(pair, leaving); });
+    std::erase_if(rows, [&](const GivenRow& row) {
+        return leaving.Contains(ZvName(row.name)) && values[row.layer].RemoveRow(ZvName(row.name));
+    });
+}
+
+void ZvVerb::Lineage::Forget(const ZvSelection& leaving) {
+    const auto leaves = [&](const Pair& pair) { return Leaves(pair, leaving); };
+    std::erase_if(pairs, leaves);
+    std::erase_if(metaPairs, leaves);
+    std::erase_if(partners, leaves);
+    std::erase_if(rows, [&](const GivenRow& row) { return leaving.Contains(ZvName(row.name)); });
+    if (taken)
+        taken->Forget(leaving);
+}
 
 ZvVerb::ZvVerb(ZvDrawing* drawing) : m_drawing(drawing), m_entities(drawing) {}
 
@@ -54,15 +93,8 @@ bool ZvVerb::Redo() {
 
 void ZvVerb::RemoveFromSet(const ZvSelection& leaving) {
     m_entities.Remove(leaving);
-    if (!m_lineage)
-        return;
-    const auto gone = [&](const Pair& pair) {
-        return leaving.Contains(ZvName(pair.from)) || leaving.Contains(ZvName(pair.to));
-    };
-    std::erase_if(m_lineage->pairs, gone);
-    std::erase_if(m_lineage->metaPairs, gone);
-    std::erase_if(m_lineage->partners, gone);
-    std::erase_if(m_lineage->rows, [&](const auto& row) { return leaving.Contains(ZvName(row.name)); });
+    if (m_lineage)
+        m_lineage->Forget(leaving);
 }
 
 void ZvVerb::ReplaceSet(const ZvSelection& entities) {
@@ -154,6 +186,8 @@ const std::vector<ZvVerb::Pair>& ZvVerb::MetaPairs() const {
 void ZvVerb::GiveMeta() {
     if (!m_lineage || !m_drawing)
         return;
+    if (m_lineage->taken)
+        return GiveMetaAgain();
     ZvEntityAssociator& associator = *m_drawing->EntityAssociator();
     for (const Pair& pair : m_lineage->metaPairs) {
         const ZvName from(pair.from), to(pair.to);
@@ -173,19 +207,38 @@ void ZvVerb::GiveMeta() {
     }
 }
 
+/// What was taken back, from the verb's own copy.
+void ZvVerb::GiveMetaAgain() {
+    const std::unique_ptr<Lineage::Taken> taken = std::move(m_lineage->taken);
+    for (auto row = taken->rows.rbegin(); row != taken->rows.rend(); ++row) {
+        ZvAttributeTable& table = row->layer->Attributes();
+        m_lineage->rows.push_back({row->layer, row->name, table.FieldCount()});
+        (void)table.CopyRow(ZvName(row->name), taken->values[row->layer], ZvName(row->name));
+    }
+    for (auto pair = taken->partners.rbegin(); pair != taken->partners.rend(); ++pair)
+        if (m_drawing->EntityAssociator()->Associate(ZvName(pair->from), ZvName(pair->to)))
+            m_lineage->partners.push_back(*pair);
+}
+
 void ZvVerb::TakeBackMeta() {
     if (!m_lineage || !m_drawing)
         return;
+    auto taken = std::make_unique<Lineage::Taken>();
     for (; !m_lineage->partners.empty(); m_lineage->partners.pop_back()) {
         const Pair& pair = m_lineage->partners.back();
         (void)m_drawing->EntityAssociator()->Dissociate(ZvName(pair.from), ZvName(pair.to));
+        taken->partners.push_back(pair);
     }
     for (; !m_lineage->rows.empty(); m_lineage->rows.pop_back()) {
         const Lineage::GivenRow& given = m_lineage->rows.back();
         ZvAttributeTable& table = given.layer->Attributes();
+        if (taken->values[given.layer].CopyRow(ZvName(given.name), table, ZvName(given.name)))
+            taken->rows.push_back(given);
         table.RemoveRow(ZvName(given.name));
         while (table.FieldCount() > given.fieldsBefore && table.RemoveField(table.FieldCount() - 1)) {}
     }
+    if (!taken->rows.empty() || !taken->partners.empty())
+        m_lineage->taken = std::move(taken);
 }
 
 // --- the current selection --------------------------------------------------------------------------------

@@ -149,6 +149,7 @@ protected:
 private:
     struct Lineage;
     Lineage& NeedLineage();
+    void GiveMetaAgain();
 
     ZvDrawing* m_drawing;
     ZvSelection m_entities;
