@@ -279,8 +279,9 @@ uint64_t ZvNativeSalvageScan::UnknownTable(uint64_t at) {
     Scope& here = Here();
     if (length < kFrameHead || !Has(at, length) || code >> 16 == 0 || IsKnownTable(code) ||
         (here.table && (here.tableEnd == kUnknown || InTable(at))) ||
-        !(at + length == m_size || LooksLikePiece(at + length)) || HoldsKnownRecords(at, length))
-        return 0;
+        !(at + length == m_size || LooksLikePiece(at + length)) || !OpenBlock(at + kFrameHead, true) ||
+        HoldsKnownRecords(at, length))
+        return 0; // or a table of the engine's own whose head is damaged
     auto table = std::make_unique<ZvSalvaged::Table>();
     table->code = code;
     table->unknownFrame.assign(m_bytes + at, m_bytes + at + length);

@@ -2,6 +2,7 @@
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvNativeHeader.h"
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -117,7 +118,7 @@ bool ZvRawCompound::ReadCompoundFields(ZvNativeDesc& desc) {
         !desc.ReadPad(&fields, sizeof fields, size))
         return false;
     m_lineType.hardSet(fields.lineType);
-    m_lineWidth.SetRaw(fields.lineWidth);
+    m_lineWidth.SetRaw(std::isfinite(fields.lineWidth) ? fields.lineWidth : 0);
     m_brushValue = fields.brushValue;
     m_brushIndex = fields.brushIndex;
     m_brushStyle = fields.brushStyle;
