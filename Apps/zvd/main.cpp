@@ -2,8 +2,11 @@
 #include "ZvCore/Platform/Platform.h"
 #include "ZvCore/Version.h"
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 #ifdef ZELVAN_HAVE_GIS
 #include "Modules/Gis/ZvGdalProvider.h"
 #include "Zelvan/ZvFileFormatServer.h"
@@ -29,7 +32,7 @@ Exit codes: 0 fine, 1 check found faults (or repaired some), 2 wrong usage, 3 in
 4 input damaged, 5 output cannot be written, 70 fault of the program, 130 interrupted.)";
 
 ExitCode Run(int argc, char** argv) {
-    CLI::App app{kAbout};
+    CLI::App app{kAbout, "zvd"};
     app.footer(kFooter);
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string("zvd ") + ZvCore::Version::Text());
@@ -50,7 +53,10 @@ ExitCode Run(int argc, char** argv) {
         command->add_flag("-q,--quiet", console.quiet, "Say nothing but errors");
     }
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> arguments = ZvPlatform::CommandLine(argc, argv);
+        std::reverse(arguments.begin(), arguments.end()); // as the parser wants them, without the program
+        arguments.pop_back();
+        app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? ExitCode::Ok : ExitCode::Usage;
     }

@@ -15,7 +15,7 @@ size_t ZvdRun::ErrorLines() const {
 }
 
 std::string Quote(const fs::path& path) {
-    return "\"" + ZvPlatform::PathToUtf8(path) + "\"";
+    return "\"" + ZvPlatform::PathToUtf8(fs::path(path).make_preferred()) + "\"";
 }
 
 std::string ReadFile(const fs::path& path) {
@@ -31,12 +31,14 @@ void WriteFile(const fs::path& path, const std::string& bytes) {
 
 ZvdRun RunZvd(const fs::path& folder, const std::string& arguments, const std::string& prefix) {
     const fs::path out = folder / "run.out", err = folder / "run.err";
-    std::string line =
-        prefix + " " + Quote(ZVD_PROGRAM) + " " + arguments + " > " + Quote(out) + " 2> " + Quote(err);
+    const std::string line = (prefix.empty() ? "" : prefix + " ") + Quote(ZVD_PROGRAM) + " " + arguments +
+                             " > " + Quote(out) + " 2> " + Quote(err);
 #ifdef _WIN32
-    line = "\"" + line + "\""; // cmd takes the outer quotes away
-#endif
+    // The outer quotes are those that cmd takes away; names of any script need the wide call.
+    const int status = _wsystem(ZvPlatform::PathFromUtf8("\"" + line + "\"").c_str());
+#else
     const int status = std::system(line.c_str());
+#endif
     ZvdRun run;
 #ifdef _WIN32
     run.code = status;
