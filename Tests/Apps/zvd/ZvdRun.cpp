@@ -47,5 +47,7 @@ ZvdRun RunZvd(const fs::path& folder, const std::string& arguments, const std::s
 #endif
     run.out = ReadFile(out);
     run.err = ReadFile(err);
+    for (std::string* text : {&run.out, &run.err})
+        std::erase(*text, '\r'); // lines end by the custom of the system
     return run;
 }
