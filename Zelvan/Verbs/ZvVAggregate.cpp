@@ -27,7 +27,7 @@ bool ZvVAggregate::Accepts(const ZvDrawing&) const {
 
 void ZvVAggregate::VerifySanity() {
     std::erase_if(m_children, [this](const std::unique_ptr<ZvVerb>& child) {
-        if (child->Drawing() == Drawing() || Accepts(*child->Drawing()))
+        if (child->Drawing() == Drawing() || (child->Drawing() && Accepts(*child->Drawing())))
             return false;
         ZvErrors::Fatal("ZvVAggregate.VerifySanity: a verb of another drawing");
         return true;
