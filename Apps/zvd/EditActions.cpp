@@ -1,7 +1,6 @@
 #include "Apps/zvd/DrawingUnits.h"
 #include "Apps/zvd/EditSession.h"
 #include "Apps/zvd/EditShape.h"
-#include "Zelvan/DrawingAux/ZvAttributeTable.h"
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
@@ -159,13 +158,8 @@ bool EditSession::Attribute(const EditLine& line, EditOutcome& outcome) {
     if (line.settings.empty())
         return Refuse(outcome, "nothing to set: write: attribute WHAT FIELD=VALUE");
     auto verb = std::make_unique<ZvVPropertyChange>(what);
-    for (const auto& [field, value] : line.settings) {
-        const XStringW name = XStringW::FromUtf8(field);
-        for (ZvLayer* layer : what.GetLayersUsed())
-            if (layer->Attributes().FindField(name) < 0)
-                layer->Attributes().AddField({name, ZvAttributeTable::Type::String});
-        verb->SetAttribute(name, XStringW::FromUtf8(value));
-    }
+    for (const auto& [field, value] : line.settings)
+        verb->SetAttribute(XStringW::FromUtf8(field), XStringW::FromUtf8(value), true);
     return DoChange(std::move(verb), outcome);
 }
 

@@ -230,6 +230,8 @@ UndoMarathon::Verb UndoMarathon::AttributeChange() {
         verb->SetAttribute(u"Label", XStringW::Format("changed %u", Below(50)));
     else
         verb->SetAttribute(u"Id", OneIn(4) ? ZvAttributeColumn::Value() : int64_t(m_random() >> Below(40)));
+    if (OneIn(6))
+        verb->SetAttribute(XStringW::Format("Field %u", Below(6)), Coordinate(), true);
     return verb;
 }
 

@@ -171,6 +171,11 @@ ZvAttributeColumn::Value ZvAttributeColumn::Get(size_t row) const {
     return {};
 }
 
+/// The alternatives of Value stand in the order of the types' numbers.
+std::optional<ZvAttributeColumn::Type> ZvAttributeColumn::TypeOf(const Value& value) {
+    return value.index() ? std::optional(Type(value.index())) : std::nullopt;
+}
+
 bool ZvAttributeColumn::Fits(const Value& value) const {
     switch (m_type) {
     case Type::Int64:

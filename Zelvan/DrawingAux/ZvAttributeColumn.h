@@ -3,6 +3,7 @@
 #include "ZvCore/DateTime.h"
 #include "ZvCore/XString.h"
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -21,6 +22,8 @@ public:
 
     explicit ZvAttributeColumn(Type type = Type::String) : m_type(type) {}
     Type GetType() const { return m_type; }
+    /// Nothing for NULL.
+    static std::optional<Type> TypeOf(const Value& value);
     size_t Size() const { return m_size; }
     /// New rows are NULL.
     void Resize(size_t rows);

@@ -22,12 +22,17 @@ int ZvAttributeTable::FindField(const XStringW& name) const {
 }
 
 int ZvAttributeTable::AddField(const Field& field) {
-    if (field.name.IsEmpty() || FindField(field.name) >= 0 || m_fields.size() >= kMaxFields)
+    return InsertField(FieldCount(), field);
+}
+
+int ZvAttributeTable::InsertField(int index, const Field& field) {
+    if (index < 0 || field.name.IsEmpty() || FindField(field.name) >= 0 || m_fields.size() >= kMaxFields)
         return -1;
-    m_fields.push_back(field);
-    m_columns.emplace_back(field.type);
-    m_columns.back().Resize(m_names.size());
-    return FieldCount() - 1;
+    index = std::min(index, FieldCount());
+    m_fields.insert(m_fields.begin() + index, field);
+    const auto column = m_columns.emplace(m_columns.begin() + index, field.type);
+    column->Resize(m_names.size());
+    return index;
 }
 
 bool ZvAttributeTable::RenameField(int index, const XStringW& name) {
@@ -44,6 +49,13 @@ bool ZvAttributeTable::RemoveField(int index) {
     m_fields.erase(m_fields.begin() + index);
     m_columns.erase(m_columns.begin() + index);
     return true;
+}
+
+bool ZvAttributeTable::HasValues(int field) const {
+    for (size_t row = 0; row < m_names.size(); ++row)
+        if (!m_names[row].IsNull() && !Column(field).IsNull(row))
+            return true;
+    return false;
 }
 
 // --- rows by number ----------------------------------------------------------------------------------------

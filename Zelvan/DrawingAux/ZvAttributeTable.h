@@ -38,8 +38,12 @@ public:
     int FindField(const XStringW& name) const;
     /// Index of the new field, NULL in every row; -1 for an empty or taken name and past kMaxFields.
     int AddField(const Field& field);
+    /// The same, before the field that stands at the index now; at the end for an index past it.
+    int InsertField(int index, const Field& field);
     bool RenameField(int index, const XStringW& name);
     bool RemoveField(int index);
+    /// Whether a row has another value than NULL in the field.
+    bool HasValues(int field) const;
 
     // --- rows by entity ------------------------------------------------------------------------------------
     size_t RowCount() const { return m_live; }

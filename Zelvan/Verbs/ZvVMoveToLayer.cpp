@@ -5,14 +5,6 @@
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 
-namespace {
-
-int FieldCount(const ZvLayer& layer) {
-    return layer.AttributesOrNull() ? layer.AttributesOrNull()->FieldCount() : 0;
-}
-
-} // namespace
-
 ZvVMoveToLayer::ZvVMoveToLayer(ZvLayer& to, const ZvSelection& entities)
     : ZvVerb(to.GetParentDrawing()), m_layerId(to.GetId()) {
     if (!entities.IsEmpty())
@@ -35,18 +27,42 @@ bool ZvVMoveToLayer::IsNullOp() const {
     return true;
 }
 
+ZvLayer* ZvVMoveToLayer::Target(const char* context) const {
+    ZvLayer* to = FindLayer(m_layerId);
+    if (!to)
+        ZvErrors::Report(ZvErrorCode::VerbLayerGone, context);
+    return to;
+}
+
 void ZvVMoveToLayer::Do() {
+    if (ZvLayer* to = Target("ZvVMoveToLayer.Do")) {
+        const int fields = ZvFieldGain::FieldCount(*to);
+        MoveAll(*to);
+        m_fields.Note(*to, fields);
+    }
+}
+
+/// The layer gains the fields that it gained then. Others that a former layer has got since come only with values.
+bool ZvVMoveToLayer::Redo() {
+    ZvLayer* to = Target("ZvVMoveToLayer.Redo");
+    if (!to)
+        return false;
+    m_fields.BringBack(*to);
+    const int fields = ZvFieldGain::FieldCount(*to);
+    MoveAll(*to);
+    ZvFieldGain others;
+    others.Note(*to, fields);
+    others.TakeAway(*to);
+    m_fields.Note(*to, fields);
+    return true;
+}
+
+void ZvVMoveToLayer::MoveAll(ZvLayer& to) {
     m_former.clear();
     m_rows.clear();
-    ZvLayer* to = FindLayer(m_layerId);
-    if (!to) {
-        ZvErrors::Report(ZvErrorCode::VerbLayerGone, "ZvVMoveToLayer.Do");
-        return;
-    }
-    m_fieldsBefore = FieldCount(*to);
     for (int i = 0; i < Entities().Count(); ++i) {
         if (ZvEntity* entity = Entities().GetEntityQuiet(i))
-            MoveOne(*entity, *to);
+            MoveOne(*entity, to);
         else
             ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVMoveToLayer.Do");
     }
@@ -69,8 +85,8 @@ void ZvVMoveToLayer::Undo() {
     ZvLayer* to = FindLayer(m_layerId);
     for (auto former = m_former.rbegin(); former != m_former.rend(); ++former)
         BringBack(*former, to);
-    while (to && FieldCount(*to) > m_fieldsBefore)
-        to->Attributes().RemoveField(FieldCount(*to) - 1);
+    if (to)
+        m_fields.TakeAway(*to);
 }
 
 void ZvVMoveToLayer::BringBack(const Former& former, ZvLayer* from) {
@@ -103,6 +119,8 @@ void ZvVMoveToLayer::UpdateLayersUsed() {
 void ZvVMoveToLayer::RemoveFromSet(const ZvSelection& leaving) {
     ZvVerb::RemoveFromSet(leaving);
     std::erase_if(m_former, [&](const Former& former) { return leaving.Contains(ZvName(former.name)); });
+    for (auto& [id, rows] : m_rows)
+        rows.KeepRows([&](ZvName name) { return !leaving.Contains(name); });
 }
 
 XStringW ZvVMoveToLayer::DefaultName() const {
@@ -110,7 +128,8 @@ XStringW ZvVMoveToLayer::DefaultName() const {
 }
 
 size_t ZvVMoveToLayer::MemUsage() const {
-    size_t bytes = ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) + m_former.capacity() * sizeof(Former);
+    size_t bytes = ZvVerb::MemUsage() + sizeof(*this) - sizeof(ZvVerb) - sizeof(m_fields) +
+                   m_fields.MemUsage() + m_former.capacity() * sizeof(Former);
     for (const auto& [id, rows] : m_rows)
         bytes += rows.MemUsage();
     return bytes;

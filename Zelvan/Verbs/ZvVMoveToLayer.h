@@ -1,6 +1,7 @@
 #pragma once
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
 #include "Zelvan/Verbs/ZvDrawPlace.h"
+#include "Zelvan/Verbs/ZvFieldGain.h"
 #include "Zelvan/Verbs/ZvVerb.h"
 #include <map>
 #include <vector>
@@ -18,6 +19,7 @@ public:
     bool IsNullOp() const override;
     void Do() override;
     void Undo() override;
+    bool Redo() override;
     void UpdateLayersUsed() override;
     void RemoveFromSet(const ZvSelection& leaving) override;
 
@@ -28,11 +30,13 @@ private:
         ZvDrawPlace place;
     };
     ZvLayer* FindLayer(uint32_t id) const;
+    ZvLayer* Target(const char* context) const;
+    void MoveAll(ZvLayer& to);
     void MoveOne(ZvEntity& entity, ZvLayer& to);
     void BringBack(const Former& former, ZvLayer* from);
 
     uint32_t m_layerId;
-    int m_fieldsBefore = 0;                      ///< of the layer moved to
+    ZvFieldGain m_fields;                        ///< of the layer moved to
     std::vector<Former> m_former;                ///< of the entities that moved, in their order
     std::map<uint32_t, ZvAttributeTable> m_rows; ///< their attribute rows, by former layer
 };

@@ -1,13 +1,14 @@
 #include "Zelvan/Verbs/ZvVPropertyChange.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
 #include "Zelvan/Entities/ZvEntity.h"
-#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/ZvErrors.h"
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -34,8 +35,8 @@ bool ZvVPropertyChange::Set(const std::string& id, ZvProperty::Value value) {
     return true;
 }
 
-void ZvVPropertyChange::SetAttribute(const XStringW& field, ZvAttributeColumn::Value value) {
-    m_attributes.emplace_back(field, std::move(value));
+void ZvVPropertyChange::SetAttribute(const XStringW& field, ZvAttributeColumn::Value value, bool addMissing) {
+    m_attributes.push_back({field, std::move(value), addMissing});
 }
 
 bool ZvVPropertyChange::IsNullOp() const {
@@ -50,9 +51,30 @@ bool ZvVPropertyChange::TouchesStateOnly() const {
 }
 
 void ZvVPropertyChange::Do() {
+    ApplyToAll();
+    m_formerValues.clear();
+    for (int i = 0; i < Entities().Count(); ++i)
+        if (ZvEntity* entity = Entities().GetEntityQuietNoCheck(i))
+            for (size_t attribute = 0; attribute < m_attributes.size(); ++attribute)
+                ApplyAttribute(*entity, attribute);
+}
+
+/// Sets the attributes that Do set: a layer that had refused one may have the field by now.
+bool ZvVPropertyChange::Redo() {
+    for (const auto& [id, gain] : m_fields)
+        if (ZvLayer* layer = Drawing()->LayerTable()->GetById(id))
+            gain.BringBack(*layer);
+    ApplyToAll();
+    for (const FormerValue& former : std::exchange(m_formerValues, {}))
+        if (ZvEntity* entity = Drawing()->GetEntity(ZvName(former.name)))
+            ApplyAttribute(*entity, former.attribute);
+    return true;
+}
+
+/// The properties; attributes are left alone.
+void ZvVPropertyChange::ApplyToAll() {
     m_states.clear();
     m_originals.Clear();
-    m_formerValues.clear();
     m_refusals.clear();
     const bool stateOnly = TouchesStateOnly();
     for (int i = 0; i < Entities().Count(); ++i) {
@@ -61,21 +83,17 @@ void ZvVPropertyChange::Do() {
             ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVPropertyChange.Do");
             continue;
         }
-        if (m_values.empty()) {
-        } else if (stateOnly) {
+        if (m_values.empty())
+            continue;
+        if (stateOnly)
             m_states.push_back({entity->Name32(), ZvEntityState::Of(*entity)});
-        } else {
+        else
             m_originals.Keep(*entity);
-        }
         ApplyProperties(*entity);
-        for (size_t attribute = 0; attribute < m_attributes.size(); ++attribute)
-            ApplyAttribute(*entity, attribute);
     }
 }
 
 void ZvVPropertyChange::ApplyProperties(ZvEntity& entity) {
-    if (m_values.empty())
-        return;
     ZvPropertySetter setter;
     for (const auto& [id, value] : m_values)
         setter.Set(id, value);
@@ -107,10 +125,22 @@ void ZvVPropertyChange::ApplyFlags(ZvEntity& entity, ZvPropertySetter& setter) {
         setter.Refuse("LineCap", "it is 0, 1 or 2");
 }
 
+/// -1 when the layer has no such field and cannot get it.
+int ZvVPropertyChange::FieldFor(ZvLayer& layer, const Attribute& attribute) {
+    const int index = layer.AttributesOrNull() ? layer.AttributesOrNull()->FindField(attribute.field) : -1;
+    const std::optional<ZvAttributeColumn::Type> type = ZvAttributeColumn::TypeOf(attribute.value);
+    if (index >= 0 || !attribute.addMissing || !type)
+        return index;
+    const int added = layer.Attributes().AddField({attribute.field, *type});
+    if (added >= 0)
+        m_fields[layer.GetId()].Note(layer, added);
+    return added;
+}
+
 void ZvVPropertyChange::ApplyAttribute(ZvEntity& entity, size_t attribute) {
-    const auto& [field, value] = m_attributes[attribute];
+    const auto& [field, value, addMissing] = m_attributes[attribute];
     ZvLayer* layer = entity.GetLayer();
-    const int index = layer && layer->AttributesOrNull() ? layer->AttributesOrNull()->FindField(field) : -1;
+    const int index = layer ? FieldFor(*layer, m_attributes[attribute]) : -1;
     if (index < 0) {
         m_refusals.insert("the layer \"" + entity.GetLayerName().ToUtf8() + "\" has no attribute \"" +
                           field.ToUtf8() + "\"");
@@ -128,6 +158,9 @@ void ZvVPropertyChange::ApplyAttribute(ZvEntity& entity, size_t attribute) {
 void ZvVPropertyChange::Undo() {
     for (auto former = m_formerValues.rbegin(); former != m_formerValues.rend(); ++former)
         UndoAttribute(*former);
+    for (const auto& [id, gain] : m_fields)
+        if (ZvLayer* layer = Drawing()->LayerTable()->GetById(id))
+            gain.TakeAway(*layer);
     m_originals.Restore(*Drawing(), "ZvVPropertyChange.Undo");
     for (auto former = m_states.rbegin(); former != m_states.rend(); ++former) {
         if (ZvEntity* entity = Drawing()->GetEntity(ZvName(former->name)))
@@ -143,7 +176,7 @@ void ZvVPropertyChange::UndoAttribute(const FormerValue& former) {
     if (!layer)
         return ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVPropertyChange.Undo");
     if (former.hadRow)
-        layer->Attributes().Set(ZvName(former.name), m_attributes[former.attribute].first, former.value);
+        layer->Attributes().Set(ZvName(former.name), m_attributes[former.attribute].field, former.value);
     else
         layer->Attributes().RemoveRow(ZvName(former.name));
 }
@@ -168,7 +201,9 @@ size_t ZvVPropertyChange::MemUsage() const {
         bytes += ValueBytes(former.value);
     for (const auto& [id, value] : m_values)
         bytes += sizeof(id) + sizeof(value) + id.capacity();
-    for (const auto& [field, value] : m_attributes)
-        bytes += sizeof(field) + sizeof(value) + field.Length() * 2 + ValueBytes(value);
+    for (const Attribute& attribute : m_attributes)
+        bytes += sizeof(attribute) + attribute.field.Length() * 2 + ValueBytes(attribute.value);
+    for (const auto& [id, gain] : m_fields)
+        bytes += sizeof(id) + gain.MemUsage();
     return bytes;
 }

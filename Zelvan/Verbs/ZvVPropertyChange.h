@@ -2,8 +2,10 @@
 #include "Zelvan/DrawingAux/ZvAttributeColumn.h"
 #include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/Verbs/ZvEntityState.h"
+#include "Zelvan/Verbs/ZvFieldGain.h"
 #include "Zelvan/Verbs/ZvOriginals.h"
 #include "Zelvan/Verbs/ZvVerb.h"
+#include <map>
 #include <set>
 #include <string>
 #include <utility>
@@ -19,7 +21,8 @@ public:
     /// False for "Layer".
     bool Set(const std::string& id, ZvProperty::Value value);
     /// `field`: of the attribute table of the entities' layers, without regard to case. NULL is a value, too.
-    void SetAttribute(const XStringW& field, ZvAttributeColumn::Value value);
+    /// `addMissing`: layers that lack the field get it, of the value's type (NULL has none); Undo takes it away.
+    void SetAttribute(const XStringW& field, ZvAttributeColumn::Value value, bool addMissing = false);
     /// Why values were not taken by the last Do, each reason once.
     const std::set<std::string>& Refusals() const { return m_refusals; }
 
@@ -29,6 +32,7 @@ public:
     bool IsNullOp() const override;
     void Do() override;
     void Undo() override;
+    bool Redo() override;
     void RemoveFromSet(const ZvSelection& leaving) override;
 
 private:
@@ -42,16 +46,24 @@ private:
         bool hadRow;
         ZvAttributeColumn::Value value;
     };
+    struct Attribute {
+        XStringW field;
+        ZvAttributeColumn::Value value;
+        bool addMissing;
+    };
     bool TouchesStateOnly() const;
+    void ApplyToAll();
     void ApplyProperties(ZvEntity& entity);
     void ApplyFlags(ZvEntity& entity, ZvPropertySetter& setter);
     void ApplyAttribute(ZvEntity& entity, size_t attribute);
+    int FieldFor(ZvLayer& layer, const Attribute& attribute);
     void UndoAttribute(const FormerValue& former);
 
     std::vector<std::pair<std::string, ZvProperty::Value>> m_values;
-    std::vector<std::pair<XStringW, ZvAttributeColumn::Value>> m_attributes;
+    std::vector<Attribute> m_attributes;
     std::vector<FormerState> m_states; ///< where only states change
     ZvOriginals m_originals;           ///< where geometry may change
     std::vector<FormerValue> m_formerValues;
+    std::map<uint32_t, ZvFieldGain> m_fields; ///< by layer id
     std::set<std::string> m_refusals;
 };

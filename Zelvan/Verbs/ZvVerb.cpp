@@ -4,6 +4,7 @@
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/Verbs/ZvFieldGain.h"
 #include "Zelvan/ZvDrawing.h"
 #include "ZvCore/ZvErrors.h"
 #include <algorithm>
@@ -15,7 +16,6 @@ struct ZvVerb::Lineage {
     struct GivenRow {
         ZvLayer* layer;
         uint32_t name;
-        int fieldsBefore;
     };
     /// What was taken back, newest first, for the next time: whoever gave it may be gone for good by then.
     struct Taken {
@@ -29,17 +29,15 @@ struct ZvVerb::Lineage {
     std::vector<Pair> pairs, metaPairs;
     std::vector<GivenRow> rows;
     std::vector<Pair> partners;
+    std::map<ZvLayer*, ZvFieldGain> fields; ///< that layers got with the rows, now or the last time
     std::unique_ptr<Taken> taken;
 
     static bool Leaves(const Pair& pair, const ZvSelection& leaving) {
         return leaving.Contains(ZvName(pair.from)) || leaving.Contains(ZvName(pair.to));
     }
     void Forget(const ZvSelection& leaving);
-    size_t MemUsage() const {
-        return sizeof(*this) +
-               (pairs.capacity() + metaPairs.capacity() + partners.capacity()) * sizeof(Pair) +
-               rows.capacity() * sizeof(GivenRow) + (taken ? taken->MemUsage() : 0);
-    }
+    void Give(ZvLayer& to, ZvName heir, const ZvAttributeTable& from, ZvName source);
+    size_t MemUsage() const;
 };
 
 size_t ZvVerb::Lineage::Taken::MemUsage() const {
@@ -64,6 +62,24 @@ void ZvVerb::Lineage::Forget(const ZvSelection& leaving) {
     std::erase_if(rows, [&](const GivenRow& row) { return leaving.Contains(ZvName(row.name)); });
     if (taken)
         taken->Forget(leaving);
+}
+
+void ZvVerb::Lineage::Give(ZvLayer& to, ZvName heir, const ZvAttributeTable& from, ZvName source) {
+    const int before = ZvFieldGain::FieldCount(to);
+    if (!to.Attributes().CopyRow(heir, from, source))
+        return;
+    rows.push_back({&to, heir.value});
+    if (ZvFieldGain::FieldCount(to) > before)
+        fields[&to].Note(to, before);
+}
+
+size_t ZvVerb::Lineage::MemUsage() const {
+    size_t bytes = sizeof(*this) +
+                   (pairs.capacity() + metaPairs.capacity() + partners.capacity()) * sizeof(Pair) +
+                   rows.capacity() * sizeof(GivenRow) + (taken ? taken->MemUsage() : 0);
+    for (const auto& [layer, gain] : fields)
+        bytes += gain.MemUsage();
+    return bytes;
 }
 
 ZvVerb::ZvVerb(ZvDrawing* drawing) : m_drawing(drawing), m_entities(drawing) {}
@@ -186,6 +202,8 @@ const std::vector<ZvVerb::Pair>& ZvVerb::MetaPairs() const {
 void ZvVerb::GiveMeta() {
     if (!m_lineage || !m_drawing)
         return;
+    for (const auto& [layer, gain] : m_lineage->fields)
+        gain.BringBack(*layer);
     if (m_lineage->taken)
         return GiveMetaAgain();
     ZvEntityAssociator& associator = *m_drawing->EntityAssociator();
@@ -196,10 +214,8 @@ void ZvVerb::GiveMeta() {
         ZvLayer* layer = heir ? heir->GetLayer() : nullptr;
         if (former && layer && former->AttributesOrNull() && former->AttributesOrNull()->HasRow(from)) {
             const ZvAttributeTable* own = layer->AttributesOrNull();
-            if (!own || !own->HasRow(to)) {
-                m_lineage->rows.push_back({layer, pair.to, own ? own->FieldCount() : 0});
-                layer->CopyAttributes(to, *former, from);
-            }
+            if (!own || !own->HasRow(to))
+                m_lineage->Give(*layer, to, *former->AttributesOrNull(), from);
         }
         for (ZvName partner : associator.GetAssociates(from))
             if (associator.Associate(to, partner))
@@ -210,11 +226,8 @@ void ZvVerb::GiveMeta() {
 /// What was taken back, from the verb's own copy.
 void ZvVerb::GiveMetaAgain() {
     const std::unique_ptr<Lineage::Taken> taken = std::move(m_lineage->taken);
-    for (auto row = taken->rows.rbegin(); row != taken->rows.rend(); ++row) {
-        ZvAttributeTable& table = row->layer->Attributes();
-        m_lineage->rows.push_back({row->layer, row->name, table.FieldCount()});
-        (void)table.CopyRow(ZvName(row->name), taken->values[row->layer], ZvName(row->name));
-    }
+    for (auto row = taken->rows.rbegin(); row != taken->rows.rend(); ++row)
+        m_lineage->Give(*row->layer, ZvName(row->name), taken->values[row->layer], ZvName(row->name));
     for (auto pair = taken->partners.rbegin(); pair != taken->partners.rend(); ++pair)
         if (m_drawing->EntityAssociator()->Associate(ZvName(pair->from), ZvName(pair->to)))
             m_lineage->partners.push_back(*pair);
@@ -235,8 +248,9 @@ void ZvVerb::TakeBackMeta() {
         if (taken->values[given.layer].CopyRow(ZvName(given.name), table, ZvName(given.name)))
             taken->rows.push_back(given);
         table.RemoveRow(ZvName(given.name));
-        while (table.FieldCount() > given.fieldsBefore && table.RemoveField(table.FieldCount() - 1)) {}
     }
+    for (const auto& [layer, gain] : m_lineage->fields)
+        gain.TakeAway(*layer);
     if (!taken->rows.empty() || !taken->partners.empty())
         m_lineage->taken = std::move(taken);
 }

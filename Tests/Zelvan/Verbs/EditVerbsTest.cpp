@@ -5,6 +5,7 @@
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Tables/ZvLineTypeTable.h"
 #include "Zelvan/Verbs/ZvVDrawOrder.h"
+#include "Zelvan/Verbs/ZvVEntNewDualSource.h"
 #include "Zelvan/Verbs/ZvVEntTiny.h"
 #include "Zelvan/Verbs/ZvVMoveToLayer.h"
 #include "Zelvan/Verbs/ZvVPropertyChange.h"
@@ -65,6 +66,40 @@ TEST_F(EditVerbsTest, MoveTakesAttributesAlongAndBringsBackWhatTheLayerCouldNotT
     EXPECT_EQ(line->GetLayer(), from);
     EXPECT_TRUE(from->Attributes() == before);
     EXPECT_TRUE(to->Attributes() == beforeThere) << "the field that the move added is gone";
+}
+
+TEST_F(EditVerbsTest, FieldsComeBackWithRedoThoughTheEntityThatBroughtThemWasDeletedForGood) {
+    ZvLayer *from = Layer(u"From"), *to = Layer(u"To"), *heirs = Layer(u"Heirs");
+    from->Attributes().AddField({u"Owner", ZvAttributeTable::Type::String, 0, 0});
+    ZvEntity *bringer = Line("0,0 1,1", u"From"), *source = Line("0,0 2,2", u"From");
+    ZvEntity *mover = Line("5,5 6,6", u"From"), *heir = Line("7,7 8,8", u"Heirs"),
+             *other = Line("1,1 3,3", u"Heirs");
+    for (const ZvEntity* entity : {bringer, source})
+        from->Attributes().Set(entity->Name(), 0, XStringW(u"Anna"));
+    ZvSelection moved(&drawing), marked(&drawing), leaving(&drawing);
+    moved.Insert(bringer);
+    moved.Insert(mover);
+    marked.Insert(mover);
+    marked.Insert(other);
+    leaving.Insert(bringer);
+    leaving.Insert(heir);
+    drawing.DoVerb(new ZvVMoveToLayer(*to, moved));
+    auto* created = new ZvVEntNewDualSource(&drawing);
+    created->AddDualSourceTripple(heir, source, source);
+    created->AddDualSourceTripple(Line("0,0 9,9"), source, source);
+    drawing.DoVerb(created);
+    auto* marking = new ZvVPropertyChange(marked);
+    marking->SetAttribute(u"Owner", XStringW(u"Bert"));
+    marking->SetAttribute(u"Year", int64_t(2024), true);
+    drawing.DoVerb(marking);
+    stack.DeleteEntitiesClean(&leaving);
+    const ZvAttributeTable moversThen = to->Attributes(), othersThen = heirs->Attributes();
+    ASSERT_TRUE(stack.Undo() && stack.Undo() && stack.Undo());
+    EXPECT_EQ(to->Attributes().FieldCount() + heirs->Attributes().FieldCount(), 0);
+    ASSERT_TRUE(stack.Redo() && stack.Redo() && stack.Redo());
+    EXPECT_TRUE(to->Attributes() == moversThen);
+    EXPECT_TRUE(heirs->Attributes() == othersThen);
+    EXPECT_EQ(std::get<XStringW>(heirs->Attributes().Get(other->Name(), u"Owner")), u"Bert");
 }
 
 TEST_F(EditVerbsTest, UndoOfAMoveReportsWhatIsGone) {
