@@ -187,6 +187,30 @@ bool ZvNativeSalvageScan::TakeContent(uint64_t at, const ZvSalvaged::Bytes& cont
     return !Here().contents && !ZvSalvaged::RecordsOfGroup(content).doubtful && TakeGroup(at, content, true);
 }
 
+bool ZvNativeSalvageScan::IsContent(const ZvSalvaged::Bytes& content) const {
+    ZvSalvaged::Records list;
+    if (m_records->IsList(content.data(), content.size(), list) ||
+        (content.size() > 4 && std::memcmp(content.data(), "ZBX1", 4) == 0) ||
+        (content.size() >= ZvNativeClientRecord::kSize &&
+         Load<uint32_t>(content.data()) == ZvNativeClientRecord::kSize))
+        return true;
+    const ZvSalvaged::Records group = ZvSalvaged::RecordsOfGroup(content);
+    return group.count > 0 && !group.doubtful;
+}
+
+bool ZvNativeSalvageScan::Vouches(uint64_t at) {
+    const auto block = [&](uint64_t head) {
+        const std::optional<Block> opened = OpenBlock(head, true);
+        return opened && (opened->vouched || IsContent(opened->content));
+    };
+    const uint64_t held = ContentsHead(at, false);
+    return block(at) || (held && (block(held) || block(held + kFrameHead))) ||
+           (TableHead(at, false, false) && block(at + kFrameHead)) ||
+           (Group(at, false, false) && block(at + kGroupHead)) ||
+           (AttributesHead(at, false) && block(at + kAttributesHead + 8)) ||
+           (AttributesFrame(at, false, false) && block(at + 8)) || HeadlessBlock(at, false);
+}
+
 uint64_t ZvNativeSalvageScan::BareBlock(uint64_t at, bool trusted) {
     const Scope& here = Here();
     const bool expected = trusted && here.contents && here.blocksLeft > 0;
@@ -250,7 +274,8 @@ uint64_t ZvNativeSalvageScan::HeadlessBlock(uint64_t at, bool take) {
     const uint64_t taken = ZvCore::Codec::InflatePrefix(m_bytes + at, size_t(m_size - at),
                                                         size_t(std::min(m_effort, kMost)), content);
     m_effort -= std::min<uint64_t>(m_effort, content.size() + 1);
-    if (!taken || content.size() < kSmallest || (take && !TakeContent(at, content, true)))
+    if (!taken || content.size() < kSmallest ||
+        !(take ? TakeContent(at, content, true) : IsContent(content)))
         return 0;
     m_result.blocks += take;
     return at + taken;

@@ -16,6 +16,8 @@ constexpr uint64_t kMostContent = uint64_t(1) << 32;
 /// Bytes digested or inflated in vain for one byte of the file: contrived bytes could hold the search up for long.
 constexpr uint64_t kEffortPerByte = 64;
 constexpr uint64_t kLeastEffort = uint64_t(1) << 22;
+/// A search asks so often whether it is to go on.
+constexpr uint64_t kStepMask = (uint64_t(1) << 16) - 1;
 constexpr uint32_t kClientRecord = ZvNativeClientRecord::kSize;
 constexpr int kTypesFirstVersion = 1055;
 constexpr int kGuidFirstVersion = 1014;
@@ -216,7 +218,7 @@ bool ZvNativeSalvageScan::Run(ZvSalvaged::File& found) {
     m_scopes.push_back({&found.section});
     bool trusted = !m_result.headerLost;
     for (uint64_t at = m_start; at < m_size;) {
-        if (m_progress && !m_progress->Step("Searching", at, m_size))
+        if (!Step(at))
             return false;
         LeaveEndedScopes(at);
         if (const uint64_t next = Piece(at, trusted)) {
@@ -229,7 +231,7 @@ bool ZvNativeSalvageScan::Run(ZvSalvaged::File& found) {
         at = next;
     }
     m_result.settingsLost = found.settings.empty();
-    return true;
+    return !m_cancelled;
 }
 
 uint64_t ZvNativeSalvageScan::Piece(uint64_t at, bool trusted) {
@@ -238,7 +240,8 @@ uint64_t ZvNativeSalvageScan::Piece(uint64_t at, bool trusted) {
                            Original(at) == here.chainEnd;
     if (here.contents && ((trusted && here.markAwaited) || chainEnds)) {
         here.markAwaited = false;
-        if (m_bytes[at] == 0)
+        const bool isLost = m_damaged && (ContentsHead(at, false) || TableHead(at, false, false));
+        if (m_bytes[at] == 0 && !isLost)
             return at + 1;
         if (const uint64_t next = AttributesHead(at, true))
             return next;
@@ -263,6 +266,11 @@ uint64_t ZvNativeSalvageScan::Piece(uint64_t at, bool trusted) {
     return trusted ? UnknownTable(at) : 0;
 }
 
+bool ZvNativeSalvageScan::Step(uint64_t at) {
+    m_cancelled = m_cancelled || (m_progress && !m_progress->Step("Searching", at, m_size));
+    return !m_cancelled;
+}
+
 bool ZvNativeSalvageScan::LooksLikePiece(uint64_t at) {
     if (ContentsHead(at, false) || SectionHead(at, false) || TableHead(at, false, false) ||
         Group(at, false, false) || AttributesHead(at, false) || AttributesFrame(at, false, false))
@@ -279,14 +287,21 @@ bool ZvNativeSalvageScan::LooksLikePiece(uint64_t at) {
 }
 
 uint64_t ZvNativeSalvageScan::Next(uint64_t from, uint64_t hint) {
-    if (hint > from && hint <= m_size) // a layer's mark may stand between
-        for (uint64_t at : {hint, hint + 1})
-            if (at >= m_size || LooksLikePiece(at))
-                return hint;
-    for (uint64_t at = from; at < m_size; ++at)
-        if (LooksLikePiece(at))
+    const Scope& here = Here();
+    const bool markComes = here.contents && here.blocksLeft == 1 &&
+                           here.table->code == ZvTableCode::Full(ZvTableCode::Layer);
+    // An end that is stated says nothing when as many bytes were cut out as the pieces behind have.
+    const bool stated = hint > from && hint <= m_size &&
+                        (hint == m_size || LooksLikePiece(hint) ||
+                         (markComes && m_bytes[hint] == 0 && LooksLikePiece(hint + 1)));
+    const uint64_t end = stated ? hint : m_size;
+    for (uint64_t at = from; at < end; ++at) {
+        if ((at & kStepMask) == 0 && !Step(at))
+            return m_size;
+        if (stated ? Vouches(at) : LooksLikePiece(at))
             return at;
-    return m_size;
+    }
+    return end;
 }
 
 /// A stretch that begins behind `from`: its records are taken, and what follows is found.

@@ -76,8 +76,14 @@ private:
     uint64_t UnknownTable(uint64_t at);
     bool HoldsKnownRecords(uint64_t at, uint64_t length);
     bool LooksLikePiece(uint64_t at);
-    /// Where the next piece that holds together begins, at `hint` if one does there.
+    /// Whether it is a list, settings, clients or a group, and nothing else.
+    bool IsContent(const ZvSalvaged::Bytes& content) const;
+    /// More than LooksLikePiece: that a block with a digest that fits, or a content that can be told, stands behind it.
+    bool Vouches(uint64_t at);
+    /// Where the next piece that holds together begins: at `hint` if one does there, and none vouches for itself before.
     uint64_t Next(uint64_t from, uint64_t hint);
+    /// False when the search is to end.
+    bool Step(uint64_t at);
     uint64_t Damaged(uint64_t from, uint64_t hint);
     void NoteDamage(uint64_t from, uint64_t to, uint64_t records = 0);
     /// The records that lie in a stretch, each to what owns its place. Answers how many.
@@ -113,6 +119,7 @@ private:
     uint64_t m_effort = 0;
     int64_t m_shift = 0;
     bool m_bodySound = false; ///< of a solid file
+    bool m_cancelled = false;
     bool m_damaged = false;   ///< something was wrong before the place that is looked at
     std::vector<Scope> m_scopes;
     std::optional<ZvNativeSalvageRecords> m_records;

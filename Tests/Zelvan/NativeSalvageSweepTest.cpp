@@ -138,6 +138,7 @@ struct Original {
     };
     std::map<uint32_t, std::vector<Place>> places; ///< of the objects of that name, whichever their drawing
     Place attributes{};
+    std::vector<Place> blocks; ///< that lie in the file itself, heads included
 };
 
 Original Make(int level, bool bulk) {
@@ -161,7 +162,9 @@ Original Make(int level, bool bulk) {
             original.attributes.begin = size_t(item.offset);
         else if (item.label == "rows block")
             original.attributes.end = size_t(item.offset + item.length);
-        else if (item.label == "objects block" && item.stream == 0)
+        if (item.stream == 0 && item.label.ends_with(" block"))
+            original.blocks.push_back({size_t(item.offset), size_t(item.offset + item.length)});
+        if (item.label == "objects block" && item.stream == 0)
             block = size_t(item.offset), blockEnd = size_t(item.offset + item.length);
         else if (item.label == "object" && level == 0)
             place = {block + 36 + size_t(item.offset), block + 36 + size_t(item.offset + item.length)};
@@ -320,11 +323,15 @@ std::string Judge(const Original& original, const Damaged& damaged) {
     return wrong;
 }
 
+size_t Asked(const char* variable, size_t otherwise) {
+    const char* number = std::getenv(variable);
+    return number ? size_t(std::max(1, std::atoi(number))) : otherwise;
+}
+
 void Sweep(int level, bool bulk, size_t places) {
-    if (const char* more = std::getenv("ZELVAN_SALVAGE_SWEEP"))
-        places = size_t(std::max(1, std::atoi(more)));
+    places = Asked("ZELVAN_SALVAGE_SWEEP", places);
     const Original original = Make(level, bulk);
-    std::mt19937 random{unsigned(level)};
+    std::mt19937 random{unsigned(level + 10 * Asked("ZELVAN_SALVAGE_SEED", 0))};
     for (const Harm harm : kHarms)
         for (size_t i = 0; i < places; ++i) {
             const size_t size = original.bytes.size(), at = (i * size + random() % size) / places;
@@ -333,6 +340,46 @@ void Sweep(int level, bool bulk, size_t places) {
             EXPECT_TRUE(wrong.empty()) << "level " << level << ", " << damaged.told << ":\n"
                                        << wrong.substr(0, 600);
         }
+}
+
+/// Lengths that make what a damaged block states of its end true again, at another piece: those to every place behind it where one
+/// may begin. With them those of the heads that stand in front of blocks, and some without any meaning.
+std::vector<size_t> MisleadingLengths(const Original& original, size_t block) {
+    std::set<size_t> lengths{1, 7, 8, 12, 20, 24, 32, 33, 36, 44, 48, 68, 97, 512, 4096};
+    const size_t end = original.blocks[block].end;
+    for (size_t next = block + 1; next < original.blocks.size(); ++next) {
+        const auto [from, to] = original.blocks[next];
+        lengths.insert({to - from, to - end, to + 1 - end});
+        for (const size_t head : {0, 8, 12, 24, 32, 48})
+            if (from - end > head)
+                lengths.insert(from - head - end);
+    }
+    return {lengths.begin(), lengths.end()};
+}
+
+/// `share`: of the cases one in so many.
+void SweepMisleading(int level, size_t share) {
+    share = std::max<size_t>(1, share / Asked("ZELVAN_SALVAGE_SWEEP", 1));
+    const Original original = Make(level, false);
+    std::mt19937 random{unsigned(level + 10 * Asked("ZELVAN_SALVAGE_SEED", 0))};
+    for (size_t block = 0; block < original.blocks.size(); ++block)
+        for (const size_t length : MisleadingLengths(original, block))
+            for (const bool cut : {true, false}) {
+                const auto [from, to] = original.blocks[block];
+                if ((cut && length >= to - from - 36) || random() % share != 0)
+                    continue;
+                const size_t at = from + 36 + random() % (to - from - 36 - (cut ? length : 0));
+                Damaged damaged{original.bytes, {{at, cut ? length : 1}}, cut ? "cut " : "inserted "};
+                const auto place = damaged.bytes.begin() + ptrdiff_t(at);
+                if (cut)
+                    damaged.bytes.erase(place, place + ptrdiff_t(length));
+                else
+                    damaged.bytes.insert(place, length, uint8_t(random()));
+                const std::string wrong = Judge(original, damaged);
+                EXPECT_TRUE(wrong.empty()) << "level " << level << ", " << damaged.told << length << " at "
+                                           << at << " in block " << block << ":\n"
+                                           << wrong.substr(0, 600);
+            }
 }
 
 } // namespace
@@ -345,4 +392,9 @@ TEST(NativeSalvageSweep, DamageAnywhereCostsOnlyWhatItTouchesAndMovesNothing) {
 TEST(NativeSalvageSweep, ALayerOfSeveralBlocksLosesOnlyTheBlocksThatAreTouched) {
     for (int level : {0, 3})
         Sweep(level, true, 1);
+}
+
+TEST(NativeSalvageSweep, BytesCutOutOrPutInAsManyAsAPieceHasHideNoPieceBehind) {
+    for (int level : {0, 1, 3, 6})
+        SweepMisleading(level, 40);
 }
