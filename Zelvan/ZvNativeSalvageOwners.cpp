@@ -174,7 +174,10 @@ void ZvNativeSalvageScan::TakeRecords(uint64_t at, ZvSalvaged::Records records) 
 
 uint64_t ZvNativeSalvageScan::TakeStretch(const uint8_t* bytes, uint64_t size, uint64_t at) {
     const std::vector<ZvNativeSalvageRecords::Place> places = m_records->Search(bytes, size);
+    // What was cut out or put in lies behind the records that chain from the start.
+    uint64_t chained = !places.empty() && places[0].at <= sizeof(int64_t) ? places[0].at : kUnknown;
     for (size_t next = 0; next < places.size();) {
+        m_damaged = m_damaged || places[next].at != chained;
         const uint64_t from = at + places[next].at;
         LeaveEndedScopes(from);
         uint64_t limit = kUnknown; // where the next owner's records begin
@@ -185,10 +188,14 @@ uint64_t ZvNativeSalvageScan::TakeStretch(const uint8_t* bytes, uint64_t size, u
         ZvSalvaged::Records records;
         records.doubtful = true;
         for (; next < places.size() && Original(at + places[next].at) < limit; ++next, ++records.count) {
-            const uint8_t* record = bytes + places[next].at;
-            records.bytes.insert(records.bytes.end(), record, record + places[next].length);
+            const auto [place, length] = places[next];
+            if (!m_damaged && place != chained)
+                break;
+            records.bytes.insert(records.bytes.end(), bytes + place, bytes + place + length);
+            chained = place + length;
         }
         TakeRecords(from, std::move(records));
     }
+    m_damaged = true;
     return places.size();
 }

@@ -234,8 +234,10 @@ uint64_t ZvNativeSalvageScan::BareBlock(uint64_t at, bool trusted) {
 uint64_t ZvNativeSalvageScan::Behind(uint64_t at, uint64_t content, const Block& block, uint64_t records) {
     const uint64_t next = block.sound ? block.end : Next(content, block.end);
     m_damaged = true;
-    if (next > block.end)
-        records += TakeStretch(m_bytes + block.end, next - block.end, block.end);
+    // Where bytes are missing the records of what followed may lie before what the block states of its end.
+    const uint64_t from = block.stored && !block.sound && m_shift != 0 ? content : block.end;
+    if (next > from)
+        records += TakeStretch(m_bytes + from, next - from, from);
     NoteDamage(at, next, records);
     return next;
 }
@@ -274,8 +276,7 @@ uint64_t ZvNativeSalvageScan::HeadlessBlock(uint64_t at, bool take) {
     const uint64_t taken = ZvCore::Codec::InflatePrefix(m_bytes + at, size_t(m_size - at),
                                                         size_t(std::min(m_effort, kMost)), content);
     m_effort -= std::min<uint64_t>(m_effort, content.size() + 1);
-    if (!taken || content.size() < kSmallest ||
-        !(take ? TakeContent(at, content, true) : IsContent(content)))
+    if (!taken || content.size() < kSmallest || !(take ? TakeContent(at, content, true) : IsContent(content)))
         return 0;
     m_result.blocks += take;
     return at + taken;

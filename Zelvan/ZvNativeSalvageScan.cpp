@@ -288,8 +288,8 @@ bool ZvNativeSalvageScan::LooksLikePiece(uint64_t at) {
 
 uint64_t ZvNativeSalvageScan::Next(uint64_t from, uint64_t hint) {
     const Scope& here = Here();
-    const bool markComes = here.contents && here.blocksLeft == 1 &&
-                           here.table->code == ZvTableCode::Full(ZvTableCode::Layer);
+    const bool markComes =
+        here.contents && here.blocksLeft == 1 && here.table->code == ZvTableCode::Full(ZvTableCode::Layer);
     // An end that is stated says nothing when as many bytes were cut out as the pieces behind have.
     const bool stated = hint > from && hint <= m_size &&
                         (hint == m_size || LooksLikePiece(hint) ||
@@ -307,7 +307,6 @@ uint64_t ZvNativeSalvageScan::Next(uint64_t from, uint64_t hint) {
 /// A stretch that begins behind `from`: its records are taken, and what follows is found.
 uint64_t ZvNativeSalvageScan::Damaged(uint64_t from, uint64_t hint) {
     const uint64_t next = Next(from + 1, hint);
-    m_damaged = true;
     NoteDamage(from, next, TakeStretch(m_bytes + from, next - from, from));
     return next;
 }

@@ -120,7 +120,7 @@ private:
     int64_t m_shift = 0;
     bool m_bodySound = false; ///< of a solid file
     bool m_cancelled = false;
-    bool m_damaged = false;   ///< something was wrong before the place that is looked at
+    bool m_damaged = false; ///< something was wrong before the place that is looked at
     std::vector<Scope> m_scopes;
     std::optional<ZvNativeSalvageRecords> m_records;
 };

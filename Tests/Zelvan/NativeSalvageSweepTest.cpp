@@ -357,29 +357,44 @@ std::vector<size_t> MisleadingLengths(const Original& original, size_t block) {
     return {lengths.begin(), lengths.end()};
 }
 
+Damaged Shift(const Bytes& sound, bool cut, size_t at, size_t length, uint8_t filling) {
+    Damaged damaged{sound, {{at, cut ? length : 1}}, cut ? "cut " : "inserted "};
+    const auto place = damaged.bytes.begin() + ptrdiff_t(at);
+    if (cut)
+        damaged.bytes.erase(place, place + ptrdiff_t(length));
+    else
+        damaged.bytes.insert(place, length, filling);
+    damaged.told += std::to_string(length) + " at " + std::to_string(at);
+    return damaged;
+}
+
 /// `share`: of the cases one in so many.
 void SweepMisleading(int level, size_t share) {
     share = std::max<size_t>(1, share / Asked("ZELVAN_SALVAGE_SWEEP", 1));
     const Original original = Make(level, false);
     std::mt19937 random{unsigned(level + 10 * Asked("ZELVAN_SALVAGE_SEED", 0))};
-    for (size_t block = 0; block < original.blocks.size(); ++block)
-        for (const size_t length : MisleadingLengths(original, block))
-            for (const bool cut : {true, false}) {
-                const auto [from, to] = original.blocks[block];
-                if ((cut && length >= to - from - 36) || random() % share != 0)
-                    continue;
-                const size_t at = from + 36 + random() % (to - from - 36 - (cut ? length : 0));
-                Damaged damaged{original.bytes, {{at, cut ? length : 1}}, cut ? "cut " : "inserted "};
-                const auto place = damaged.bytes.begin() + ptrdiff_t(at);
-                if (cut)
-                    damaged.bytes.erase(place, place + ptrdiff_t(length));
-                else
-                    damaged.bytes.insert(place, length, uint8_t(random()));
-                const std::string wrong = Judge(original, damaged);
-                EXPECT_TRUE(wrong.empty()) << "level " << level << ", " << damaged.told << length << " at "
-                                           << at << " in block " << block << ":\n"
-                                           << wrong.substr(0, 600);
-            }
+    const auto judge = [&](size_t block, bool cut, size_t at, size_t length) {
+        const Damaged damaged = Shift(original.bytes, cut, at, length, uint8_t(random()));
+        const std::string wrong = Judge(original, damaged);
+        EXPECT_TRUE(wrong.empty()) << "level " << level << ", block " << block << ", " << damaged.told
+                                   << ":\n"
+                                   << wrong.substr(0, 600);
+    };
+    for (size_t block = 0; block < original.blocks.size(); ++block) {
+        const auto [from, to] = original.blocks[block];
+        const size_t stored = from + 36, room = to - stored;
+        for (const size_t length : MisleadingLengths(original, block)) {
+            if (length < room && random() % share == 0)
+                judge(block, true, stored + random() % (room - length), length);
+            if (random() % share == 0)
+                judge(block, false, stored + random() % room, length);
+        }
+        if (block + 1 == original.blocks.size() || random() % share % 8 != 0)
+            continue;
+        const size_t last = original.blocks[block + 1].begin + 36,
+                     at = to - 1 - random() % std::min<size_t>(room, 200);
+        judge(block, true, at, to - at + random() % (last - to)); // into the heads of the next one
+    }
 }
 
 } // namespace
