@@ -20,4 +20,5 @@ void AddBenchDataCommand(CLI::App& app, CommandRun& run);
 void AddDemoCommand(CLI::App& app, CommandRun& run);
 void AddEditCommand(CLI::App& app, CommandRun& run);
 void AddLayersCommand(CLI::App& app, CommandRun& run);
+void AddFormatsCommand(CLI::App& app, CommandRun& run);
 void AddRecoverCommand(CLI::App& app, CommandRun& run);

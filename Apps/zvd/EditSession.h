@@ -69,6 +69,11 @@ private:
     bool Undo(const EditLine& line, EditOutcome& outcome);
     bool Redo(const EditLine& line, EditOutcome& outcome);
     bool Section(const EditLine& line, EditOutcome& outcome);
+    bool History(const EditLine& line, EditOutcome& outcome);
+    bool Forget(const EditLine& line, EditOutcome& outcome);
+    bool Delete(const EditLine& line, EditOutcome& outcome);
+    bool Import(const EditLine& line, EditOutcome& outcome);
+    bool Backup(const EditLine& line, EditOutcome& outcome);
     bool Save(const EditLine& line, EditOutcome& outcome);
     bool Count(const EditLine& line, EditOutcome& outcome);
     bool Units(const EditLine& line, EditOutcome& outcome);

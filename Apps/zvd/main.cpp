@@ -48,6 +48,7 @@ ExitCode Run(int argc, char** argv) {
     AddRecoverCommand(app, run);
     AddEditCommand(app, run);
     AddLayersCommand(app, run);
+    AddFormatsCommand(app, run);
     for (CLI::App* command : app.get_subcommands({})) {
         command->add_flag("--json", console.json, "Report as JSON on standard output");
         command->add_flag("-q,--quiet", console.quiet, "Say nothing but errors");

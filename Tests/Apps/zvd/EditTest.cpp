@@ -94,6 +94,35 @@ save
     EXPECT_NE(entity.find("My plots"), std::string::npos) << entity;
 }
 
+TEST_F(ZvdEdit, TellsAndForgetsTheHistoryAndBringsInOtherFiles) {
+    fs::create_directory(m_folder / "backups");
+    ASSERT_EQ(RunZvd(m_folder.Path(), "bench-data " + Quote(m_folder / "other.zvd") + " --lines 3").code, 0);
+    const auto path = [this](const char* name) { return (m_folder / name).generic_string(); };
+    const std::string other = path("other.zvd");
+    const ZvdRun run = Edit(R"(layer new A
+add polyline 0,0 1,1 layer=A
+add polyline 5,5 6,6
+move 1 1,1
+move 2 1,1
+undo
+history
+forget layer A
+delete 2
+history
+count all
+)" + ("backup \"" + path("backups") + "\"\nimport \"" + other + "\" \"" + other +
+      "\"\ncount all\nsave\nimport \"" + other + "\" missing.zvd\n"));
+    EXPECT_EQ(run.code, 1);
+    for (const char* text :
+         {"7: 4 steps to undo (New Record, Create, Create, Transform), 1 to redo (Transform)",
+          "8: forgotten: 3 steps", "9: deleted for good: 1", "10: 0 steps to undo", "11: 1\n",
+          "13: imported: 6 entities", "14: 7\n"})
+        EXPECT_NE(run.out.find(text), std::string::npos) << text << " in\n" << run.out;
+    EXPECT_NE(run.err.find("1 of 2 files imported: cannot open 'missing.zvd'"), std::string::npos) << run.err;
+    EXPECT_TRUE(fs::exists(m_folder / "backups" / "Autobackup_0000.zvd"));
+    EXPECT_EQ(Info()["entities"], 7);
+}
+
 TEST_F(ZvdEdit, ReadsAndMeasuresInUnits) {
     const ZvdRun run = Edit(R"(add polygon 0,0 40m,0 40,0.03km 0,30 / 10,10 20,10 20,18 10,18
 add polyline 0,0 30,40

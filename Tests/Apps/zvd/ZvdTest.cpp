@@ -47,6 +47,7 @@ TEST_F(Zvd, HelpTeachesTheCommandsAndExitCodes) {
     for (const char* word : {"convert", "info", "check", "dump", "render", "Examples", "Exit codes"})
         EXPECT_NE(run.out.find(word), std::string::npos) << word;
     EXPECT_EQ(Run("convert --help").code, 0);
+    EXPECT_NE(Run("formats").out.find("  load save Zelvan Drawing .zvd\n"), std::string::npos);
 }
 
 TEST_F(Zvd, EveryRefusalIsOneLineWithItsCodeAndTouchesNothing) {
