@@ -183,6 +183,8 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     PostLoadCleanup(file, format, flags, status, touched, errors);
     PostLoadCleanupObligatoir(flags & ZvIOFlag::Merge, touched);
     PostLoadRunScheduledActions();
+    if (touched && m_drawing.Host() && !(flags & ZvIOFlag::Quiet))
+        LocateLinkedImages(file);
     m_drawing.PostEvent(ZvDrawingEvent::Loaded, Zv::Ok(status));
     if (!(flags & ZvIOFlag::Quiet))
         ShowLoadErrors(errors);

@@ -145,6 +145,7 @@ private:
     ZvBackups Backups() const;
     bool IsNative(const ZvFileFormat& format) const;
     void LockLoaded(IOErrorSet& errors);
+    void LocateLinkedImages(const std::filesystem::path& file);
     bool OpenOne(const std::filesystem::path& file,
                  const std::function<Zv::Status(const std::filesystem::path&)>& open);
     /// What the drawing's file is like after it was read or written.

@@ -1,5 +1,6 @@
 #include "Zelvan/DrawingAux/IZvCommandRunner.h"
 #include "Zelvan/DrawingAux/ZvDrawingDialogs.h"
+#include "Zelvan/Tables/ZvBitmapTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvDrawingIO.h"
 #include "Zelvan/ZvStrings.h"
@@ -70,4 +71,22 @@ bool ZvDrawingIO::OpenOne(const fs::path& file, const std::function<Zv::Status(c
 fs::path ZvDrawingIO::LocateMedia(const fs::path& media) {
     const ZvCore::IFileSystem::Info there = m_files->Look(media);
     return there.exists && !there.isFolder ? media : m_drawing.Dialogs()->AskMedia(media);
+}
+
+/// Asks where linked images are that are not at their paths (relative ones: from the file's folder), until one is given up.
+void ZvDrawingIO::LocateLinkedImages(const fs::path& file) {
+    ZvBitmapTable& bitmaps = *m_drawing.BitmapTable();
+    for (int i = 0; i < bitmaps.Count(); ++i) {
+        ZvBitmapRec& image = *bitmaps.Get(i);
+        if (!image.IsLinked() || image.IsErased() || !image.GetBytes().empty())
+            continue;
+        const fs::path linked = m_files->FolderOf(file) / ZvPlatform::PathFromUtf8(image.GetPath().ToUtf8());
+        const fs::path found = LocateMedia(linked);
+        if (found.empty())
+            return;
+        if (found == linked)
+            continue;
+        image.SetLinked(XStringW::FromUtf8(ZvPlatform::PathToUtf8(found)), image.IsEmbedOnSave());
+        SetDrawingDirty(true);
+    }
 }

@@ -4,6 +4,7 @@
 #include "Zelvan/DrawingAux/IZvCommandRunner.h"
 #include "Zelvan/Entities/ZvPointEnt.h"
 #include "Zelvan/Ports/ZvSilentHost.h"
+#include "Zelvan/Tables/ZvBitmapTable.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvDrawingIO.h"
 #include "Zelvan/ZvDrawingLock.h"
@@ -194,4 +195,33 @@ TEST_F(ZvBackupsTest, ManyFilesAreAskedAboutAndRecordingsAndImagesAreTold) {
         u"locate it?");
     files.Put("/d/there.wav", "x");
     EXPECT_EQ(io.LocateMedia("/d/there.wav"), fs::path("/d/there.wav"));
+}
+
+TEST_F(ZvBackupsTest, LinkedImagesThatAreMissingAreAskedForWhenTheDrawingIsOpened) {
+    struct Locating : ZvSilentHost {
+        ZvAnswer Ask(const ZvQuestion& question) override {
+            asked.push_back(question.text.ToUtf8());
+            return ZvAnswer::Yes;
+        }
+        std::vector<fs::path> AskFile(ZvFileRequest&) override { return {"/b/moved.png"}; }
+        std::vector<std::string> asked;
+    } locating;
+    drawing->BitmapTable()->InsertNew(u"There")->SetLinked(u"there.png");
+    drawing->BitmapTable()->InsertNew(u"Moved")->SetLinked(u"moved.png");
+    files.Put("/d/there.png", "x");
+    files.Put("/b/moved.png", "x");
+    ASSERT_EQ(Save("/d/plan.zvd"), Zv::Status::Success);
+    const auto pathAfter = [&](uint32_t flags) {
+        drawing = Make();
+        drawing->SetHost(&locating);
+        EXPECT_EQ(drawing->DrawingIO()->LoadFile("/d/plan.zvd", flags), Zv::Status::Success);
+        return drawing->BitmapTable()->GetByName(u"Moved")->GetPath().ToUtf8();
+    };
+    EXPECT_EQ(pathAfter(ZvIOFlag::Quiet), "moved.png");
+    EXPECT_FALSE(drawing->DrawingIO()->IsDrawingDirty());
+    EXPECT_EQ(pathAfter(0), "/b/moved.png");
+    EXPECT_TRUE(drawing->DrawingIO()->IsDrawingDirty());
+    ASSERT_EQ(locating.asked.size(), 1u);
+    EXPECT_NE(locating.asked[0].find("'/d/moved.png'"), std::string::npos) << locating.asked[0];
+    drawing.reset(); // before its host
 }
