@@ -124,8 +124,9 @@ bool EditSession::DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome&
     const ZvVPropertyChange& done = *verb;
     if (!Do(std::move(verb), outcome))
         return false;
-    if (m_drawing.Verbs()->StackSize() > 0 && !done.Refusals().empty())
-        outcome.text += "; not taken: " + *done.Refusals().begin();
+    if (m_drawing.Verbs()->StackSize() > 0)
+        for (const std::string& why : done.Refusals())
+            outcome.text += "; not taken: " + why;
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "Zelvan/Verbs/ZvVPropertyChange.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/DrawingAux/ZvAttributeText.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/ZvDrawing.h"
@@ -149,10 +150,15 @@ void ZvVPropertyChange::ApplyAttribute(ZvEntity& entity, size_t attribute) {
     ZvAttributeTable& table = layer->Attributes();
     FormerValue former{entity.Name32(), attribute, table.HasRow(entity.Name()),
                        table.Get(entity.Name(), index)};
-    if (table.Set(entity.Name(), index, value))
+    const auto* text = std::get_if<XStringW>(&value);
+    const auto type = table.Fields()[size_t(index)].type;
+    const auto fitting = text ? ZvAttributeText::Parse(type, *text) : std::optional(value);
+    if (fitting && table.Set(entity.Name(), index, *fitting))
         m_formerValues.push_back(std::move(former));
     else
-        m_refusals.insert("the attribute \"" + field.ToUtf8() + "\" does not take a value of that type");
+        m_refusals.insert("the attribute \"" + field.ToUtf8() + "\" takes " +
+                          ZvAttributeText::TypeName(type) +
+                          (text ? ", not '" + text->ToUtf8() + "'" : ", not a value of another type"));
 }
 
 void ZvVPropertyChange::Undo() {

@@ -21,6 +21,7 @@ public:
     /// False for "Layer".
     bool Set(const std::string& id, ZvProperty::Value value);
     /// `field`: of the attribute table of the entities' layers, without regard to case. NULL is a value, too.
+    /// A text is read as the field's type wants it (ZvAttributeText::Parse).
     /// `addMissing`: layers that lack the field get it, of the value's type (NULL has none); Undo takes it away.
     void SetAttribute(const XStringW& field, ZvAttributeColumn::Value value, bool addMissing = false);
     /// Why values were not taken by the last Do, each reason once.

@@ -1,4 +1,5 @@
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
+#include "Zelvan/DrawingAux/ZvAttributeText.h"
 #include <gtest/gtest.h>
 #include <random>
 
@@ -80,6 +81,37 @@ TEST(ZvAttributeTable, RowsFollowRenamedAndMissingEntities) {
     EXPECT_EQ(other.Get(7, u"name"), table.Get(30, u"name"));
     EXPECT_EQ(other.Get(7, u"id"), Value()) << "a field of another type is left alone";
     EXPECT_EQ(other.Get(7, u"area"), Value(2.5)) << "a missing one is made";
+}
+
+TEST(ZvAttributeTable, TextsAreReadAsTheTypeOfTheirField) {
+    const DateTime noon = DateTime::FromUtc(2012, 9, 3, 12, 30);
+    const struct {
+        Type type;
+        const char16_t* text;
+        std::optional<Value> value;
+    } cases[] = {
+        {Type::Int64, u"-12", int64_t(-12)},
+        {Type::Int64, u"9223372036854775807", INT64_MAX},
+        {Type::Int64, u"9223372036854775808", std::nullopt},
+        {Type::Int64, u"1.5", std::nullopt},
+        {Type::Int64, u"", Value()},
+        {Type::Double, u"1.5e3", 1500.0},
+        {Type::Double, u"1,5", std::nullopt},
+        {Type::Double, u"nan", std::nullopt},
+        {Type::Bool, u"Yes", true},
+        {Type::Bool, u"0", false},
+        {Type::Bool, u"2", std::nullopt},
+        {Type::Date, u"2012-09-03", DateTime::FromUtc(2012, 9, 3)},
+        {Type::Date, u"2012/09/03 12:30", noon},
+        {Type::Date, u"2012-09-03T12:30:00Z", noon},
+        {Type::Date, u"2012-02-30", std::nullopt},
+        {Type::Date, u"2012-09-03 12:30:61", std::nullopt},
+        {Type::Date, u"2012-09-03 12:30 h", std::nullopt},
+        {Type::String, u"", XStringW()},
+        {Type::Binary, u"00", std::nullopt},
+    };
+    for (const auto& [type, text, value] : cases)
+        EXPECT_EQ(ZvAttributeText::Parse(type, text), value) << XStringW(text).ToUtf8();
 }
 
 TEST(ZvAttributeTable, RandomEditsAgreeWithAPlainMap) {
