@@ -53,6 +53,9 @@ std::map<int32_t, RecordName> NamesOf(const ZvSalvaged::Table& table) {
 void Know(const ZvSalvaged::Section& section, const std::string& sheet, Known& known) {
     for (const auto& table : section.tables) {
         std::map<int32_t, RecordName> names = NamesOf(*table);
+        for (const auto& [index, record] : names)
+            if (table->code == kLayers || table->code == kBlocks)
+                known[{sheet, table->code, record.name}].contentsLost = !table->ownsNothing;
         for (const auto& contents : table->contents) {
             const RecordName& record = names[contents->index];
             if (contents->section)
@@ -62,11 +65,19 @@ void Know(const ZvSalvaged::Section& section, const std::string& sheet, Known& k
             ZvNativeSalvage::Layer& layer = known[{sheet, table->code, record.name}];
             layer.renamed = !contents->substitute.empty();
             layer.doubtfulName = record.doubtful && !layer.renamed;
-            layer.stated += contents->stated;
+            layer.contentsLost = false;
+            layer.attributesLost |= contents->attributes.size() < contents->attributeFrames;
+            layer.attributesUnknown |=
+                table->code == kLayers && !contents->attributesTold && contents->attributes.empty();
+            uint64_t count = 0, doubtful = 0;
             for (const ZvSalvaged::Records& list : contents->lists) {
-                layer.read += list.count;
-                layer.doubtful += list.doubtful ? list.count : 0;
+                count += list.count;
+                doubtful += list.doubtful ? list.count : 0;
             }
+            layer.read += count;
+            layer.doubtful += doubtful;
+            const bool allThere = doubtful == 0 && contents->lists.size() == contents->blocks;
+            layer.stated += allThere ? count : contents->stated; // which may be wrong itself
         }
     }
 }
@@ -83,13 +94,13 @@ void Tell(const Table& table, uint32_t code, const std::string& sheet, const Kno
             told = found->second;
         told.saved = table.Get(i)->EntityCount();
         if (told.read < told.saved) { // under a name that the file does not have
-            told.renamed = !result.wasSound;
+            told.renamed = !result.isWhole;
             told.read = told.saved;
         }
         told.name = name;
         told.sheet = sheet;
         told.isBlock = code == kBlocks;
-        if (result.wasSound)
+        if (result.isWhole)
             told.stated = told.read = told.saved;
         result.recordsFound += told.read;
         result.saved += told.saved;
@@ -112,26 +123,115 @@ bool HoldsAnything(const ZvSalvaged::Section& section) {
     return false;
 }
 
-Result Search(ZvCore::IFile& file, ZvDrawing& drawing, const ZvNativeSalvage::Options& options) {
-    Result result;
-    std::vector<uint8_t> hold;
-    const uint64_t size = file.Length();
-    const uint8_t* bytes = file.View(0, size_t(size));
-    if (!bytes) {
-        hold.resize(size_t(size));
-        if (!file.Seek(0) || !file.ReadChunked(hold.data(), size, size_t(4) << 20)) {
-            result.errors.Add(int(ZvErrorCode::BlockUnreadable), file.ErrorText());
-            return result;
-        }
-        bytes = hold.data();
+/// Objects by the heads of the sections that were found; 0 when they contradict the clients, which count all records.
+uint64_t StatedBy(const ZvSalvaged::Section& section, uint64_t most) {
+    uint64_t stated = section.stated;
+    for (const auto& table : section.tables)
+        for (const auto& contents : table->contents)
+            if (contents->section && stated <= most)
+                stated += StatedBy(*contents->section, most);
+    return stated <= most ? stated : 0;
+}
+
+struct Bytes {
+    const uint8_t* data = nullptr;
+    uint64_t size = 0;
+    std::vector<uint8_t> hold; ///< when they are not the file's own
+    std::unique_ptr<ZvCore::MemFile> File(uint64_t length) const {
+        return ZvCore::MemFile::OverView(data, size_t(length));
     }
-    ZvSalvaged::File found;
-    if (!ZvNativeSalvageScan(bytes, size, result, options.progress).Run(found)) {
+};
+
+bool TakeBytes(ZvCore::IFile& file, Bytes& bytes) {
+    bytes.size = file.Length();
+    bytes.data = file.View(0, size_t(bytes.size));
+    if (bytes.data)
+        return true;
+    bytes.hold.resize(size_t(bytes.size));
+    bytes.data = bytes.hold.data();
+    return file.Seek(0) && file.ReadChunked(bytes.hold.data(), bytes.size, size_t(4) << 20);
+}
+
+/// A transfer as text puts a carriage return in front of every line feed. No file of any size has none without by chance.
+bool UndoText(Bytes& bytes) {
+    constexpr uint64_t kFewest = 4;
+    uint64_t feeds = 0;
+    for (uint64_t i = 0; i < bytes.size; ++i)
+        if (bytes.data[i] == '\n') {
+            ++feeds;
+            if (i == 0 || bytes.data[i - 1] != '\r')
+                return false;
+        }
+    if (feeds < kFewest)
+        return false;
+    std::vector<uint8_t> undone;
+    undone.reserve(size_t(bytes.size - feeds));
+    for (uint64_t i = 0; i < bytes.size; ++i)
+        if (bytes.data[i] != '\r' || i + 1 == bytes.size || bytes.data[i + 1] != '\n')
+            undone.push_back(bytes.data[i]);
+    bytes.hold = std::move(undone);
+    bytes.data = bytes.hold.data();
+    bytes.size = bytes.hold.size();
+    return true;
+}
+
+ZvNativeCheck::Result Examine(ZvCore::IFile& file, const ZvNativeSalvage::Options& options) {
+    ZvNativeCheck::Options examine;
+    examine.maxFindings = 1;
+    examine.progress = options.progress;
+    return ZvNativeCheck::Run(file, examine);
+}
+
+/// False when it is not sound; else the result says how the loading went.
+bool LoadSound(ZvCore::IFile& file, ZvDrawing& drawing, const ZvNativeSalvage::Options& options,
+               Result& result) {
+    const ZvNativeCheck::Result checked = Examine(file, options);
+    if (checked.cancelled) {
         result.status = Zv::Status::Cancelled;
-        return result;
+        return true;
+    }
+    if (!checked.IsSound())
+        return false;
+    result.status = Load(drawing, file, true, options, result.errors);
+    result.isWhole = Zv::Ok(result.status);
+    result.solid = checked.isSolid;
+    result.blocks = checked.blocks;
+    result.stated = checked.ownEntities;
+    if (result.isWhole)
+        TellLayers(drawing, {}, result);
+    return true;
+}
+
+/// A drawing that is whole, with something behind its end.
+bool LoadFront(const Bytes& bytes, ZvDrawing& drawing, const ZvNativeSalvage::Options& options,
+               Result& result) {
+    if (bytes.size < ZvNativeHeader::kSize)
+        return false;
+    ZvNativeHeader header;
+    header.Parse(bytes.data);
+    const uint64_t length = header.length;
+    const bool wasTried = length == bytes.size && !result.wasText;
+    if (!header.HasMagic() || wasTried || length < ZvNativeHeader::kSize || length > bytes.size ||
+        !LoadSound(*bytes.File(length), drawing, options, result))
+        return false;
+    result.statedLength = length;
+    result.behind = {length, bytes.size - length, 0};
+    ZvNativeHeader next;
+    if (result.behind.length >= ZvNativeHeader::kSize)
+        next.Parse(bytes.data + length);
+    result.anotherBehind = next.HasMagic();
+    return true;
+}
+
+void Search(const Bytes& bytes, ZvDrawing& drawing, const ZvNativeSalvage::Options& options, Result& result) {
+    ZvSalvaged::File found;
+    if (!ZvNativeSalvageScan(bytes.data, bytes.size, result, options.progress).Run(found)) {
+        result.status = Zv::Status::Cancelled;
+        return;
     }
     if (!HoldsAnything(found.section))
-        return result;
+        return;
+    result.stated = StatedBy(found.section, found.records ? found.records : bytes.size);
     AssignHeadless(found.section);
     SettleNames(found.section);
     NameTheNameless(found.section);
@@ -140,15 +240,13 @@ Result Search(ZvCore::IFile& file, ZvDrawing& drawing, const ZvNativeSalvage::Op
     const std::vector<uint8_t> rebuilt = Assemble(found);
     found.section.tables.clear();
     const auto view = ZvCore::MemFile::OverView(rebuilt.data(), rebuilt.size());
-    const ZvErrorCapture quiet; // what is wrong is told in the result
     const Zv::Status status = Load(drawing, *view, false, options, result.errors);
     if (status == Zv::Status::Cancelled) {
         result.status = status;
-        return result;
+        return;
     }
     TellLayers(drawing, known, result);
     result.status = Zv::Status::Success;
-    return result;
 }
 
 } // namespace
@@ -156,22 +254,21 @@ Result Search(ZvCore::IFile& file, ZvDrawing& drawing, const ZvNativeSalvage::Op
 ZvNativeSalvage::Result ZvNativeSalvage::Run(ZvCore::IFile& file, ZvDrawing& drawing,
                                              const Options& options) {
     const uint64_t position = file.Position();
-    ZvNativeCheck::Options examine;
-    examine.maxFindings = 1;
-    examine.progress = options.progress;
-    const ZvNativeCheck::Result checked = ZvNativeCheck::Run(file, examine);
     Result result;
-    if (checked.cancelled) {
-        result.status = Zv::Status::Cancelled;
-    } else if (checked.IsSound()) {
-        result.status = Load(drawing, file, true, options, result.errors);
-        result.wasSound = Zv::Ok(result.status);
-        result.solid = checked.isSolid;
-        result.blocks = checked.blocks;
-        if (result.wasSound)
-            TellLayers(drawing, {}, result);
+    result.fileLength = file.Length();
+    if (LoadSound(file, drawing, options, result)) {
+        result.wasSound = result.isWhole;
+        file.Seek(position);
+        return result;
+    }
+    const ZvErrorCapture quiet; // what is wrong is told in the result
+    Bytes bytes;
+    if (!TakeBytes(file, bytes)) {
+        result.errors.Add(int(ZvErrorCode::BlockUnreadable), file.ErrorText());
     } else {
-        result = Search(file, drawing, options);
+        result.wasText = UndoText(bytes);
+        if (!LoadFront(bytes, drawing, options, result))
+            Search(bytes, drawing, options, result);
     }
     file.Seek(position);
     return result;

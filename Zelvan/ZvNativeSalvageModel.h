@@ -25,10 +25,13 @@ struct Section;
 
 /// What a layer, a block or a layout owns.
 struct Contents {
-    int32_t index = -1; ///< of its record in the file; -1 when that is lost
-    uint64_t stated = 0;
+    int32_t index = -1;  ///< of its record in the file; -1 when that is lost
+    uint64_t stated = 0; ///< objects by its head
+    uint32_t blocks = 0; ///< with lists, by its head
     std::vector<Records> lists;
     std::vector<Bytes> attributes;    ///< contents of the attribute blocks, that of the fields first
+    uint32_t attributeFrames = 0;     ///< by their head
+    bool attributesTold = false;      ///< whether there are any is known
     std::unique_ptr<Section> section; ///< of a layout's drawing
     /// Lies between the contents of other records without a head of its own: it may be told whose it is.
     bool Headless() const { return index < 0 && !section; }
@@ -37,8 +40,9 @@ struct Contents {
 
 struct Table {
     uint32_t code = 0;
-    Bytes fields;        ///< the table's own
-    uint32_t stated = 0; ///< records by its frame; 0 when that is lost
+    Bytes fields;             ///< the table's own
+    uint32_t stated = 0;      ///< records by its frame; 0 when that is lost
+    bool ownsNothing = false; ///< by its frame
     std::vector<Records> groups;
     std::vector<std::unique_ptr<Contents>> contents;
     Bytes unknownFrame; ///< of a table that the engine does not have: all of it
@@ -46,6 +50,7 @@ struct Table {
 
 struct Section {
     std::vector<std::unique_ptr<Table>> tables;
+    uint64_t stated = 0;      ///< objects, layouts without; 0 when its head is lost
     uint64_t highestName = 0; ///< of the objects that are surely its own
     Table& Get(uint32_t code);
     Table* Find(uint32_t code) const;
@@ -54,6 +59,8 @@ struct Section {
 struct File {
     ZvNativeHeader header;
     Bytes settings, clients;
+    uint64_t records =
+        0; ///< of objects, those inside of others included, by the clients; 0 when these are lost
     Section section;
 };
 

@@ -35,7 +35,8 @@ uint64_t ZvNativeSalvageScan::SectionHead(uint64_t at, bool take) {
     if (!Has(at, kSectionHead) || Load<uint32_t>(m_bytes + at) != kSectionHead ||
         Load<uint32_t>(m_bytes + at + 4) > kMostTables || !TableHead(at + kSectionHead, false, false))
         return 0;
-    (void)take; // it says nothing that the frames do not
+    if (take && Here().section->stated == 0)
+        Here().section->stated = Load<uint64_t>(m_bytes + at + 8);
     return at + kSectionHead;
 }
 
@@ -58,6 +59,7 @@ uint64_t ZvNativeSalvageScan::TableHead(uint64_t at, bool trusted, bool take) {
     Scope& here = Here();
     here.tableEnd = Original(at) + length;
     here.table->stated = Load<uint32_t>(m_bytes + at + 12);
+    here.table->ownsNothing = contents == 0;
     ++(block->sound ? m_result.blocks : m_result.damagedBlocks);
     if (block->sound) {
         here.table->fields = block->content;
@@ -83,6 +85,25 @@ uint64_t ZvNativeSalvageScan::Group(uint64_t at, bool trusted, bool take) {
     return Behind(at, at + kGroupHead + kBlockHead, *block);
 }
 
+bool ZvNativeSalvageScan::ChainMayBeTrue(uint64_t at) const {
+    const uint64_t held = at + kContentsHead;
+    if (!Has(held, kChainHead))
+        return false;
+    const auto length = Load<uint64_t>(m_bytes + at), chain = Load<uint64_t>(m_bytes + held),
+               total = Load<uint64_t>(m_bytes + held + 8);
+    const auto blocks = Load<uint32_t>(m_bytes + held + 16);
+    if (length < kContentsHead + kChainHead || chain < kChainHead || chain > length - kContentsHead)
+        return false;
+    const uint64_t behind = length - kContentsHead - chain; // nothing, a layer's mark, or that and attributes
+    if (behind > 1 && behind < kAttributesHead + 8 + kBlockHead)
+        return false;
+    ZvNativeBlockHead head;
+    if (blocks == 0 || !HeadMayBeTrue(held + kChainHead, head))
+        return blocks == 0 && chain == kChainHead && total == 0;
+    const uint64_t first = kChainHead + kBlockHead + head.stored;
+    return blocks == 1 ? chain == first : chain / (kBlockHead + 1) >= blocks && chain >= first;
+}
+
 uint64_t ZvNativeSalvageScan::ContentsHead(uint64_t at, bool take) {
     if (!Has(at, kContentsHead + kSectionHead))
         return 0;
@@ -100,31 +121,26 @@ uint64_t ZvNativeSalvageScan::ContentsHead(uint64_t at, bool take) {
             (!Here().table || Here().table->code != ZvTableCode::Full(ZvTableCode::Layout)))
             m_scopes.pop_back();
         BeginLayout(index, Original(at) + length);
-        return held + kSectionHead;
+        return SectionHead(held, true);
     }
-    if (!Has(held, kChainHead) || length < kContentsHead + kChainHead)
-        return 0;
-    const auto chain = Load<uint64_t>(m_bytes + held), total = Load<uint64_t>(m_bytes + held + 8);
-    const auto blocks = Load<uint32_t>(m_bytes + held + 16);
-    ZvNativeBlockHead head;
-    const uint64_t behind = length - kContentsHead - chain; // nothing, a layer's mark, or that and attributes
-    if (chain < kChainHead || chain > length - kContentsHead || length > m_most ||
-        (behind > 1 && behind < kAttributesHead + 8 + kBlockHead) ||
-        (blocks == 0 ? chain != kChainHead || total != 0 : !HeadMayBeTrue(held + kChainHead, head)))
-        return 0;
-    const uint64_t first = kChainHead + kBlockHead + head.stored;
-    if (blocks > 0 && (blocks == 1 ? chain != first : chain / (kBlockHead + 1) < blocks || chain < first))
+    // Of a zero byte and a head of small numbers the same fields come, each 256 times as great.
+    if (!ChainMayBeTrue(at) || (m_bytes[at] == 0 && ChainMayBeTrue(at + 1)))
         return 0;
     if (!take)
         return held + kChainHead;
-    EnterContents(at, behind == 0 ? ZvTableCode::Block : ZvTableCode::Layer, index);
+    const auto chain = Load<uint64_t>(m_bytes + held), total = Load<uint64_t>(m_bytes + held + 8);
+    const auto blocks = Load<uint32_t>(m_bytes + held + 16);
+    const bool isLayer = length > kContentsHead + chain; // its mark follows
+    EnterContents(at, isLayer ? ZvTableCode::Layer : ZvTableCode::Block, index);
     BeginContents(index);
     Scope& here = Here();
-    here.contents->stated = total;
+    const bool mayBe = total <= chain * ZvCore::Codec::kMaxExpansion / m_found->header.entityHeadSize;
+    here.contents->stated = mayBe ? total : 0;
+    here.contents->blocks = blocks;
     here.contentsEnd = Original(at) + length;
     here.chainEnd = Original(held) + chain;
     here.blocksLeft = blocks;
-    here.markAwaited = blocks == 0 && behind > 0;
+    here.markAwaited = blocks == 0 && isLayer;
     return held + kChainHead;
 }
 
@@ -136,6 +152,10 @@ uint64_t ZvNativeSalvageScan::AttributesHead(uint64_t at, bool take) {
         Load<uint64_t>(m_bytes + at + 1) < 12 + 8 + kBlockHead + head.stored)
         return 0;
     if (take) {
+        if (ZvSalvaged::Contents* contents = Here().contents) {
+            contents->attributesTold = true;
+            contents->attributeFrames = Load<uint32_t>(m_bytes + at + 1 + 8);
+        }
         Here().inAttributes = true;
         Here().blocksLeft = 0;
         Here().markAwaited = false;

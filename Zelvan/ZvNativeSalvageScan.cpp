@@ -93,7 +93,10 @@ bool ZvNativeSalvageScan::ReadHeader(ZvSalvaged::File& found) {
         (header.version <= ZvNativeFile::kVersion || header.minimumReader <= ZvNativeFile::kVersion) &&
         header.entityHeadSize == ZvNativeRecordHead::kSize;
     if (good) {
-        m_start = header.size;
+        const uint64_t first = std::min({header.settingsOffset, header.tablesOffset, header.clientsOffset});
+        m_start = header.IsSolid() || header.size <= first ? header.size : ZvNativeHeader::kSize;
+        if (header.version < header.minimumReader && header.minimumReader <= ZvNativeFile::kVersion)
+            header.version = ZvNativeFile::kVersion; // no file asks for a newer reader than itself
         m_most = std::max(m_size, std::min(header.length, m_size * 8));
         m_shift = header.length >= ZvNativeHeader::kSize ? int64_t(m_size - header.length) : 0;
         if (m_shift > int64_t(m_size) || m_shift < -int64_t(m_size) * 4)
@@ -127,6 +130,10 @@ bool ZvNativeSalvageScan::OpenSolid(ZvSalvaged::File& found, bool& cancelled) {
     if (body.size() < ZvNativeHeader::kSize || std::memcmp(body.data() + 8, ZvNativeHeader::kMagic, 7) != 0)
         return false;
     m_bodySound = taken > 0;
+    ZvNativeBlockHead head;
+    if (HeadMayBeTrue(kAt, head) && head.method == ZvNativeBlockHead::Zlib && head.length >= body.size())
+        m_result.statedBody = head.length;
+    m_result.bodyLength = body.size();
     ++(m_bodySound ? m_result.blocks : m_result.damagedBlocks);
     m_body = std::move(body);
     m_bytes = m_body.data();
@@ -141,6 +148,7 @@ bool ZvNativeSalvageScan::TakeClients(const Block& block, ZvSalvaged::File& foun
     std::map<uint16_t, bool> clients;
     const ZvSalvaged::Bytes& bytes = block.content;
     uint32_t count = 0;
+    uint64_t records = 0;
     const auto size = [&](size_t at) {
         uint32_t value = 0;
         if (at + 4 <= bytes.size())
@@ -152,6 +160,7 @@ bool ZvNativeSalvageScan::TakeClients(const Block& block, ZvSalvaged::File& foun
             return false;
         ZvNativeClientRecord record;
         record.Parse(bytes.data() + at);
+        records += record.records;
         Guid guid;
         std::memcpy(guid.bytes.data(), record.guid, sizeof record.guid);
         const auto& builtIn = ZvServer::BuiltInClient();
@@ -170,6 +179,7 @@ bool ZvNativeSalvageScan::TakeClients(const Block& block, ZvSalvaged::File& foun
     if (clients.empty())
         return false;
     found.clients = bytes;
+    found.records = records;
     found.header.clientCount = count;
     m_records.emplace(found.header, std::move(clients), true);
     return true;
@@ -183,6 +193,9 @@ void ZvNativeSalvageScan::ReadClients(ZvSalvaged::File& found) {
         if (std::optional<Block> block = OpenBlock(stated + uint64_t(shift), true))
             if (TakeClients(*block, found)) {
                 m_shift = shift;
+                // They end the file: what comes then is not the drawing's.
+                if (block->end == found.header.length && block->end < m_size)
+                    LeaveOut(block->end);
                 return;
             }
     m_shift = 0;
@@ -201,6 +214,17 @@ void ZvNativeSalvageScan::ReadClients(ZvSalvaged::File& found) {
     m_records.emplace(found.header, std::map<uint16_t, bool>{{ZvServer::BuiltInClient().code, true}}, false);
 }
 
+bool ZvNativeSalvageScan::IsHeader(uint64_t at) const {
+    return at >= m_start && Has(at, ZvNativeHeader::kSize) && Get<uint64_t>(at) == ZvNativeHeader::kSize &&
+           std::memcmp(m_bytes + at + 8, ZvNativeHeader::kMagic, 7) == 0;
+}
+
+void ZvNativeSalvageScan::LeaveOut(uint64_t from) {
+    m_result.behind = {from, m_size - from, 0};
+    m_result.anotherBehind = IsHeader(from);
+    m_size = from;
+}
+
 // --- from piece to piece -----------------------------------------------------------------------------------------------------
 
 bool ZvNativeSalvageScan::Run(ZvSalvaged::File& found) {
@@ -208,9 +232,12 @@ bool ZvNativeSalvageScan::Run(ZvSalvaged::File& found) {
     m_effort = kLeastEffort + m_size * kEffortPerByte;
     bool cancelled = false;
     const bool headerGood = ReadHeader(found);
+    m_result.statedLength = headerGood ? found.header.length : 0;
     m_result.headerLost = !(OpenSolid(found, cancelled) || headerGood);
     if (cancelled)
         return false;
+    if (headerGood && !m_result.solid && IsHeader(found.header.length))
+        LeaveOut(found.header.length);
     if (m_result.solid)
         m_effort = kLeastEffort + m_size * kEffortPerByte;
     m_damaged = m_result.headerLost;
@@ -241,8 +268,10 @@ uint64_t ZvNativeSalvageScan::Piece(uint64_t at, bool trusted) {
     if (here.contents && ((trusted && here.markAwaited) || chainEnds)) {
         here.markAwaited = false;
         const bool isLost = m_damaged && (ContentsHead(at, false) || TableHead(at, false, false));
-        if (m_bytes[at] == 0 && !isLost)
+        if (m_bytes[at] == 0 && !isLost) {
+            here.contents->attributesTold = true;
             return at + 1;
+        }
         if (const uint64_t next = AttributesHead(at, true))
             return next;
     }

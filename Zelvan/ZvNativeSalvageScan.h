@@ -48,6 +48,9 @@ private:
     bool ReadHeader(ZvSalvaged::File& found);
     bool OpenSolid(ZvSalvaged::File& found, bool& cancelled);
     void ReadClients(ZvSalvaged::File& found);
+    /// What lies behind the end of the drawing.
+    void LeaveOut(uint64_t from);
+    bool IsHeader(uint64_t at) const;
     bool TakeClients(const Block& block, ZvSalvaged::File& found);
     /// A block whose head may be true. With `soundOnly` none that is damaged.
     std::optional<Block> OpenBlock(uint64_t at, bool soundOnly);
@@ -63,6 +66,8 @@ private:
     uint64_t TableHead(uint64_t at, bool trusted, bool take);
     uint64_t Group(uint64_t at, bool trusted, bool take);
     uint64_t ContentsHead(uint64_t at, bool take);
+    /// Whether the fields of the head of a record's contents and of its chain of lists agree.
+    bool ChainMayBeTrue(uint64_t at) const;
     uint64_t AttributesHead(uint64_t at, bool take);
     uint64_t AttributesFrame(uint64_t at, bool trusted, bool take);
     uint64_t BareBlock(uint64_t at, bool trusted);

@@ -33,6 +33,9 @@ nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, co
                           {"layout", layer.sheet},
                           {"renamed", layer.renamed},
                           {"doubtfulName", layer.doubtfulName},
+                          {"contentsLost", layer.contentsLost},
+                          {"attributesLost", layer.attributesLost},
+                          {"attributesUnknown", layer.attributesUnknown},
                           {"stated", layer.stated},
                           {"read", layer.read},
                           {"doubtful", layer.doubtful},
@@ -41,12 +44,23 @@ nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, co
     return {{"file", from},
             {"saved", to},
             {"sound", result.wasSound},
+            {"whole", result.isWhole},
             {"solid", result.solid},
+            {"wasText", result.wasText},
+            {"length", result.fileLength},
+            {"statedLength", result.statedLength},
+            {"bodyLength", result.bodyLength},
+            {"statedBodyLength", result.statedBody},
+            {"behind",
+             {{"offset", result.behind.offset},
+              {"length", result.behind.length},
+              {"isDrawing", result.anotherBehind}}},
             {"headerLost", result.headerLost},
             {"settingsLost", result.settingsLost},
             {"clientsLost", result.clientsLost},
             {"blocks", result.blocks},
             {"damagedBlocks", result.damagedBlocks},
+            {"objectsStated", result.stated},
             {"objectsRead", result.recordsFound},
             {"objectsSaved", result.saved},
             {"damage", damage},
@@ -54,7 +68,31 @@ nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, co
             {"messages", ToJson(result.errors)}};
 }
 
+std::string BytesAt(uint64_t length, uint64_t offset) {
+    return Count(length, "byte") + " at " + std::to_string(offset);
+}
+
+void PrintLengths(const Console& console, const Result& result) {
+    if (result.wasText)
+        console.Line(
+            "  a transfer as text had put a carriage return in front of every line feed; that was undone" +
+            std::string(result.isWhole ? "" : ", positions are those without these"));
+    if (result.statedLength > result.fileLength)
+        console.Line("  the file ends after " + Console::Grouped(result.fileLength) + " of the " +
+                     Count(result.statedLength, "byte") + " that its header states");
+    if (result.statedBody > result.bodyLength)
+        console.Line("  its body inflates to " + Console::Grouped(result.bodyLength) + " of " +
+                     Count(result.statedBody, "byte"));
+    if (result.behind.length == 0)
+        return;
+    const std::string where = BytesAt(result.behind.length, result.behind.offset);
+    console.Line(result.anotherBehind ? "  another drawing follows, " + where +
+                                            "; it was left out: cut it off into a file of its own to have it"
+                                      : "  " + where + " follow the end of the drawing; they were left out");
+}
+
 void PrintDamage(const Console& console, const Result& result) {
+    PrintLengths(console, result);
     if (result.headerLost)
         console.Line("  the header is lost; the sections were found without it");
     if (result.settingsLost)
@@ -63,33 +101,55 @@ void PrintDamage(const Console& console, const Result& result) {
         console.Line("  the list of modules is lost; objects of modules other than the engine's are kept "
                      "without its name");
     for (const ZvNativeSalvage::Stretch& stretch : result.damage)
-        console.Line("  damage within " + Count(stretch.length, "byte") + " at " +
-                     std::to_string(stretch.offset) + (result.solid ? " of the inflated body" : "") +
+        console.Line("  damage within " + BytesAt(stretch.length, stretch.offset) +
+                     (result.solid ? " of the inflated body" : "") +
                      (stretch.records ? ", " + Count(stretch.records, "record") + " found in them" : ""));
     console.Line("  blocks: " + Console::Grouped(result.blocks) + " whole, " +
                  Console::Grouped(result.damagedBlocks) + " damaged");
 }
 
+std::string Told(const ZvNativeSalvage::Layer& layer) {
+    std::string line = std::string(layer.isBlock ? "  block" : "  layer") + " \"" + layer.name + "\"";
+    if (!layer.sheet.empty())
+        line += " of layout \"" + layer.sheet + "\"";
+    if (layer.contentsLost && layer.read == 0)
+        line += ": all of its objects are lost, if it had any";
+    else
+        line += ": " + Count(layer.read, "object") + " read, " + Console::Grouped(layer.saved) + " saved";
+    if (layer.Lost())
+        line += ", " + Console::Grouped(layer.Lost()) + " lost";
+    if (layer.doubtful)
+        line += ", " + Console::Grouped(layer.doubtful) + " of those read from damaged blocks";
+    if (layer.attributesLost)
+        line += ", attributes of some or all of them are lost";
+    else if (layer.attributesUnknown && layer.read > 0)
+        line += ", their attributes are lost if they had any";
+    if (layer.renamed)
+        line += " (its own name is lost)";
+    if (layer.doubtfulName)
+        line += " (its name is from a damaged block)";
+    return line;
+}
+
 void Print(const Console& console, const std::string& from, const std::string& to, const Result& result) {
-    console.Line(from + (result.wasSound ? ": nothing was wrong" : ": damaged"));
+    console.Line(from + (result.wasSound  ? ": nothing was wrong"
+                         : result.isWhole ? ": damaged, but the drawing is whole"
+                                          : ": damaged"));
     if (!result.wasSound)
         PrintDamage(console, result);
-    for (const ZvNativeSalvage::Layer& layer : result.layers) {
-        std::string line = std::string(layer.isBlock ? "  block" : "  layer") + " \"" + layer.name + "\"";
-        if (!layer.sheet.empty())
-            line += " of layout \"" + layer.sheet + "\"";
-        line += ": " + Count(layer.read, "object") + " read, " + Console::Grouped(layer.saved) + " saved";
-        if (layer.Lost())
-            line += ", " + Console::Grouped(layer.Lost()) + " lost";
-        if (layer.doubtful)
-            line += ", " + Console::Grouped(layer.doubtful) + " of those read from damaged blocks";
-        if (layer.renamed)
-            line += " (its own name is lost)";
-        if (layer.doubtfulName)
-            line += " (its name is from a damaged block)";
-        console.Line(line);
-    }
-    console.Line("saved " + Count(result.saved, "object") + " to " + to);
+    uint64_t empty = 0;
+    for (const ZvNativeSalvage::Layer& layer : result.layers)
+        if (layer.read || layer.stated || layer.contentsLost || layer.renamed)
+            console.Line(Told(layer));
+        else
+            ++empty;
+    if (empty > 0)
+        console.Line("  " + Count(empty, "layer") + " without objects");
+    std::string sum = "saved " + Count(result.saved, "object");
+    if (result.stated > result.saved)
+        sum += " of the " + Console::Grouped(result.stated) + " that the file states, " +
+               Console::Grouped(result.stated - result.saved) + " are lost";
+    console.Line(sum + ": " + to);
 }
 
 } // namespace

@@ -273,13 +273,28 @@ std::string Judge(const Original& original, const Damaged& damaged) {
     }
     std::string wrong = Findings(Save(drawing));
     std::set<std::string> standIns;
-    std::map<std::string, uint64_t> doubtful;
+    std::map<std::string, uint64_t> doubtful, had;
+    for (const auto& [key, object] : original.objects)
+        ++had[key.first + "/" + object.layer];
+    // Numbers of objects stand in front of blocks, and in a solid file are vouched for by nothing.
+    const bool numbersAreSound =
+        !solid && std::all_of(damaged.where.begin(), damaged.where.end(), [&](const Stretch& stretch) {
+            return std::any_of(original.blocks.begin(), original.blocks.end(), [&](const auto& block) {
+                return stretch.at >= block.begin + 36 && stretch.at + stretch.length <= block.end;
+            });
+        });
+    if (numbersAreSound && result.stated && result.stated != original.objects.size())
+        wrong +=
+            std::to_string(result.stated) + " stated of " + std::to_string(original.objects.size()) + "\n";
     uint64_t saved = 0;
     for (const ZvNativeSalvage::Layer& layer : result.layers) {
         const std::string key = layer.sheet + "/" + (layer.isBlock ? "block " : "") + layer.name;
         if (layer.renamed || layer.doubtfulName)
             standIns.insert(key);
         doubtful[key] = layer.doubtful;
+        if (numbersAreSound && layer.stated && had.count(key) && !standIns.count(key) &&
+            layer.stated != had[key])
+            wrong += key + " is said to have had " + std::to_string(layer.stated) + "\n";
         saved += layer.saved;
     }
     Inventory after;

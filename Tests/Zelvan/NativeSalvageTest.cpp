@@ -223,3 +223,60 @@ TEST(NativeSalvage, WithoutHeaderClientsOrNamesTheObjectsAreAllThere) {
     EXPECT_FALSE(Salvage(nothing).Ok());
     EXPECT_FALSE(Salvage({}).Ok());
 }
+
+TEST(NativeSalvage, WhicheverBitOfTheHeaderIsWrongTheDrawingIsWhole) {
+    const auto drawing = Sample();
+    const std::string before = Census(*drawing);
+    std::mt19937 random(9);
+    for (int level : {0, 3, 6}) {
+        ZvNativeOptions options;
+        options.compressionLevel = level;
+        const Bytes sound = Save(*drawing, options);
+        for (size_t at = 0; at < ZvNativeHeader::kSize; ++at) {
+            Bytes bytes = sound;
+            const int bit = int(random() % 8);
+            bytes[at] ^= uint8_t(1 << bit);
+            Salvaged salvaged = Salvage(bytes);
+            ASSERT_TRUE(salvaged.Ok()) << level << " " << at << " " << bit;
+            EXPECT_TRUE(Census(*salvaged.drawing) == before) << level << " " << at << " " << bit;
+            for (const ZvNativeSalvage::Layer& layer : salvaged.result.layers)
+                EXPECT_EQ(layer.Lost(), 0u) << level << " " << at << " " << bit << " " << layer.name;
+        }
+    }
+}
+
+TEST(NativeSalvage, ATransferAsTextIsUndoneAndWhatFollowsADrawingIsLeftOut) {
+    const auto drawing = Map();
+    const std::string before = Census(*drawing);
+    for (int level : {0, 3, 6}) {
+        ZvNativeOptions options;
+        options.compressionLevel = level;
+        const Bytes sound = Save(*drawing, options);
+        Bytes text, two = sound, older = sound;
+        for (uint8_t byte : sound) {
+            if (byte == '\n')
+                text.push_back('\r');
+            text.push_back(byte);
+        }
+        two.insert(two.end(), sound.begin(), sound.end());
+        older.insert(older.end(), sound.begin() + ptrdiff_t(sound.size() / 2), sound.end());
+        for (const Bytes* bytes : {&text, &two, &older}) {
+            Salvaged salvaged = Salvage(*bytes);
+            ASSERT_TRUE(salvaged.Ok() && salvaged.result.isWhole && !salvaged.result.wasSound) << level;
+            EXPECT_TRUE(Census(*salvaged.drawing) == before) << level;
+            EXPECT_EQ(salvaged.result.wasText, bytes == &text) << level;
+            EXPECT_EQ(salvaged.result.anotherBehind, bytes == &two) << level;
+            EXPECT_EQ(salvaged.result.behind.length, bytes == &text ? 0 : bytes->size() - sound.size())
+                << level;
+            MustBeTrue(salvaged);
+        }
+        // Damage does not mix in what follows, and the drawing's clients tell where it ends.
+        const size_t at = sound.size() / 2;
+        two[at] ^= 0x55, older[at] ^= 0x55;
+        for (const Bytes* bytes : {&two, &older}) {
+            Salvaged salvaged = Salvage(*bytes);
+            EXPECT_LE(salvaged.result.saved, salvaged.result.stated) << level;
+            EXPECT_TRUE(level == 6 || salvaged.result.behind.offset == sound.size()) << level;
+        }
+    }
+}
