@@ -80,7 +80,8 @@ void ZvDrawingIO::LocateLinkedImages(const fs::path& file) {
         ZvBitmapRec& image = *bitmaps.Get(i);
         if (!image.IsLinked() || image.IsErased() || !image.GetBytes().empty())
             continue;
-        const fs::path linked = m_files->FolderOf(file) / ZvPlatform::PathFromUtf8(image.GetPath().ToUtf8());
+        fs::path linked = m_files->FolderOf(file) / ZvPlatform::PathFromUtf8(image.GetPath().ToUtf8());
+        linked = linked.lexically_normal();
         const fs::path found = LocateMedia(linked);
         if (found.empty())
             return;
