@@ -264,6 +264,7 @@ ZV_STRING(49012, UndoAdvicePurge, "Discard the undo information")
 ZV_STRING(49013, UndoAdviceConfigure, "Change the amount of memory for undo information...")
 ZV_STRING(49014, RolledBackInPart,
           "The operation could be taken back in part only: its first steps have left the undo information.")
+ZV_STRING(49015, VerbRefused, "The operation '%s' changed nothing:")
 ZV_STRING(49020, CreatedOnHiddenLayers, "%d objects were created on layers that are not visible.\n")
 ZV_STRING(49021, CreatedTransparent,
           "The object created has a transparent pen and will not be visible unless selected\n")
@@ -285,6 +286,15 @@ ZV_STRING(49067, VerbMoveGrip, "Move Grip")
 ZV_STRING(49068, VerbRecordNew, "New Record")
 ZV_STRING(49069, VerbRecordModify, "Edit Record")
 ZV_STRING(49070, VerbRecordErase, "Delete Record")
+ZV_STRING(49080, RefusedNoLayer, "there is no layer to put the objects on.")
+ZV_STRING(49081, RefusedMove, "the objects cannot go to the layer \"%s\".")
+ZV_STRING(49082, RefusedCoordinates, "the result has coordinates that are too large or no numbers.")
+ZV_STRING(49083, RefusedRecordName, "\"%s\" cannot be a name there; choose another.")
+ZV_STRING(49084, RefusedNoRecord, "the record is not in its table any more.")
+ZV_STRING(49085, RefusedRecord, "the table does not take the record.")
+ZV_STRING(49086, RefusedGrip, "the grips cannot go there.")
+ZV_STRING(49087, RefusedText, "there is no such text there.")
+ZV_STRING(49088, RefusedErase, "there is no such record, or the drawing cannot do without it.")
 
 ZV_STRING(50500, FatalErrorSave, "A fatal error has occured. Would you like to try to save your drawing?")
 ZV_STRING(50501, OutOfSync,

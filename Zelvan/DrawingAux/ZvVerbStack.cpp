@@ -4,6 +4,7 @@
 #include "Zelvan/Ports/IZvHost.h"
 #include "Zelvan/Verbs/ZvVerb.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvDrawingIO.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
 #include "ZvCore/ZvErrors.h"
@@ -99,6 +100,10 @@ int ZvVerbStack::DoVerb(ZvVerb* raw) {
     std::unique_ptr<ZvVerb> verb(raw);
     if (!verb || IsBusy())
         return 0;
+    if (!verb->MayWorkIn(&m_drawing)) {
+        ZvErrors::Fatal("ZvVerbStack.DoVerb: a verb of another drawing");
+        return 0;
+    }
     ++m_executed;
     const int sequence = NextSequence();
     verb->SetSequence(sequence);
@@ -123,6 +128,7 @@ void ZvVerbStack::DoVerbInternal(std::unique_ptr<ZvVerb> owned) {
     m_drawing.MakeCurrentDrawing();
     const ZvWaitCursor wait(m_drawing.Host());
     PurgeAfterPosition();
+    const bool wasClean = !m_drawing.IsModified() && !m_drawing.DrawingIO()->IsUnsaved();
     if (verb.ChangesDrawing())
         m_drawing.SetModified();
     Trim(verb.MemUsage(), 1);
@@ -133,23 +139,40 @@ void ZvVerbStack::DoVerbInternal(std::unique_ptr<ZvVerb> owned) {
     const uint32_t changes = verb.Entities().ChangeCount();
     const bool failed = RunVerb(verb, Step::Do) == Outcome::Failed;
     const bool takenBack = failed && TakeBackFailed(verb);
+    const bool didNothing = !failed && verb.IsNullOp();
     if (verb.Entities().ChangeCount() != changes)
         verb.UpdateLayersUsed();
     Repaint(verb);
     Measure(m_verbs.back());
     if (takenBack) {
         Tell(WithName(ZvStr::VerbFailed, verb));
-        --m_position;
-        PurgeAfterPosition();
-    } else if (Budget() == 0) {
-        PurgeAll();
-    } else {
+        ForgetUndoneTop();
+    } else if (didNothing) {
+        ForgetWithoutEffect(verb, wasClean);
+    } else if (Budget() != 0) {
         Trim(0, 0); // some verbs know only now what they hold
         AdviseIfTooLarge(verb);
     }
+    if (Budget() == 0)
+        PurgeAll();
     if (log)
         ZvLog::Printf(ZvLog::Level::Info, "took %.3f ms\n",
                       1000 * (m_drawing.Clock().MonotonicSeconds() - start));
+}
+
+/// The newest verb, the drawing being as before it.
+void ZvVerbStack::ForgetUndoneTop() {
+    --m_position;
+    PurgeAfterPosition();
+}
+
+/// A step that changes nothing is none: who undoes it would wonder what happened.
+void ZvVerbStack::ForgetWithoutEffect(const ZvVerb& verb, bool wasClean) {
+    if (const XStringW why = verb.Refusal(); !why.IsEmpty())
+        Tell(WithName(ZvStr::VerbRefused, verb) + u" " + why);
+    ForgetUndoneTop();
+    if (wasClean)
+        m_drawing.ResetModified();
 }
 
 /// Makes room for `verbs` more that hold `bytes`: the oldest go first, done ones only. With none to come the newest

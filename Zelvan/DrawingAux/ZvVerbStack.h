@@ -36,8 +36,9 @@ public:
     ZvVerbStack& operator=(const ZvVerbStack&) = delete;
 
     /// Takes the verb over. Answers its sequence number, 0 when the stack was busy or the verb did not stay
-    /// on it. Verbs that were undone can no longer be redone afterwards. A null verb answers 0. A verb that throws is
-    /// taken back and forgotten; should that fail as well, the history ends. The user is told.
+    /// on it. Verbs that were undone can no longer be redone afterwards. A null verb answers 0, and one that was made for
+    /// another drawing (reported). One that changed nothing leaves no step behind; the user is told of its refusal.
+    /// A verb that throws is taken back and forgotten; should that fail as well, the history ends. The user is told.
     int DoVerb(ZvVerb* verb);
     /// Both tell the user why when there is nothing to do.
     bool Undo();
@@ -108,6 +109,8 @@ private:
     };
 
     void DoVerbInternal(std::unique_ptr<ZvVerb> verb);
+    void ForgetUndoneTop();
+    void ForgetWithoutEffect(const ZvVerb& verb, bool wasClean);
     Outcome RunVerb(ZvVerb& verb, Step step);
     bool TakeBackFailed(ZvVerb& verb);
     void Tell(const XStringW& text) const;

@@ -2,16 +2,11 @@
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/ZvDrawing.h"
 #include "ZvCore/ZvErrors.h"
-#include <algorithm>
 
 ZvOriginals::ZvOriginals() = default;
 ZvOriginals::~ZvOriginals() = default;
 ZvOriginals::ZvOriginals(ZvOriginals&&) noexcept = default;
 ZvOriginals& ZvOriginals::operator=(ZvOriginals&&) noexcept = default;
-
-bool ZvOriginals::Has(uint32_t name) const {
-    return std::any_of(m_kept.begin(), m_kept.end(), [&](const Kept& kept) { return kept.name == name; });
-}
 
 void ZvOriginals::Keep(const ZvEntity& entity) {
     Kept kept{entity.Name32(), ZvDrawPlace(entity), entity.Clone(), nullptr};

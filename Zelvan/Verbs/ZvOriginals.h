@@ -22,7 +22,6 @@ public:
     ZvOriginals& operator=(ZvOriginals&&) noexcept;
 
     bool IsEmpty() const { return m_kept.empty(); }
-    bool Has(uint32_t name) const;
     void Keep(const ZvEntity& entity);
     /// For a polyline with vertices in 32-bit form that is about to be moved and nothing else.
     void KeepOrigin(const ZvXLine& line);

@@ -27,7 +27,8 @@ bool ZvVAggregate::Accepts(const ZvDrawing&) const {
 
 void ZvVAggregate::VerifySanity() {
     std::erase_if(m_children, [this](const std::unique_ptr<ZvVerb>& child) {
-        if (child->Drawing() == Drawing() || (child->Drawing() && Accepts(*child->Drawing())))
+        if (child->MayWorkIn(child->Drawing()) &&
+            (child->Drawing() == Drawing() || (child->Drawing() && Accepts(*child->Drawing()))))
             return false;
         ZvErrors::Fatal("ZvVAggregate.VerifySanity: a verb of another drawing");
         return true;
@@ -40,6 +41,9 @@ void ZvVAggregate::Do() {
     for (m_done = 0; m_done < m_children.size();)
         m_children[m_done++]->Do();
     UpdateLayersUsed();
+    if (std::any_of(m_children.begin(), m_children.end(),
+                    [](const auto& child) { return child->IsUndoRequested(); }))
+        RequestUndo();
 }
 
 void ZvVAggregate::Undo() {
@@ -122,6 +126,14 @@ bool ZvVAggregate::ChangesDrawing() const {
 bool ZvVAggregate::IsNullOp() const {
     return Entities().IsEmpty() && std::all_of(m_children.begin(), m_children.end(),
                                                [](const auto& child) { return child->IsNullOp(); });
+}
+
+XStringW ZvVAggregate::Refusal() const {
+    XStringW why;
+    for (const auto& child : m_children)
+        if (const XStringW one = child->Refusal(); !one.IsEmpty())
+            why += why.IsEmpty() ? one : u" " + one;
+    return why;
 }
 
 bool ZvVAggregate::IsExemptFromBudget() const {

@@ -24,6 +24,7 @@ public:
     size_t MemUsage() const override;
     bool ChangesDrawing() const override;
     bool IsNullOp() const override;
+    /// A child that asks to be undone at once has all of them undone.
     void Do() override;
     void Undo() override;
     bool IsUndoable(bool* quiet = nullptr) const override;
@@ -35,6 +36,8 @@ public:
     void RemoveFromSet(const ZvSelection& leaving) override;
     bool UsesEntities(const std::set<uint32_t>& names) const override;
     void CollectEntities(std::set<uint32_t>& names) const override;
+    /// Those of the children.
+    XStringW Refusal() const override;
     void SetParent(ZvDrawing* drawing) override;
     void SetSequence(int sequence) override;
     bool UsesLayers(const std::set<ZvLayer*>& layers) const override;

@@ -12,6 +12,7 @@ bool ZvVChangeSS::IsNullOp() const {
 }
 
 void ZvVChangeSS::Do() {
+    LeaveOutGone("ZvVChangeSS.Do");
     m_former = Drawing()->CurrentSelection();
     m_wasDone = true;
     Drawing()->ChangeSelection(Entities());

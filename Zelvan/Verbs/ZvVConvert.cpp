@@ -8,11 +8,7 @@ ZvVConvert::ZvVConvert(ZvDrawing* drawing) : ZvVerb(drawing) {}
 ZvVConvert::~ZvVConvert() = default;
 
 bool ZvVConvert::AddPair(const ZvEntity* entity, std::unique_ptr<ZvEntity> converted) {
-    if (!entity || !converted)
-        return false;
-    if (!Drawing())
-        SetParent(entity->ParentDrawing());
-    if (!Entities().Insert(entity))
+    if (!converted || !AcceptsEntity(entity) || !Entities().Insert(entity))
         return false;
     m_from.push_back(entity->Name32());
     m_to.push_back(0);
@@ -21,11 +17,8 @@ bool ZvVConvert::AddPair(const ZvEntity* entity, std::unique_ptr<ZvEntity> conve
 }
 
 bool ZvVConvert::AddPair(const ZvEntity* entity, const ZvEntity* converted) {
-    if (!entity || !converted || Entities().Contains(converted))
-        return false;
-    if (!Drawing())
-        SetParent(entity->ParentDrawing());
-    if (!Entities().Insert(entity))
+    if (!AcceptsEntity(entity) || !AcceptsEntity(converted) || entity == converted ||
+        Entities().Contains(converted) || !Entities().Insert(entity))
         return false;
     Entities().Insert(converted);
     m_from.push_back(entity->Name32());

@@ -44,10 +44,11 @@ void ZvVDrawOrder::StoreModified() {
 }
 
 bool ZvVDrawOrder::IsNullOp() const {
-    return m_brings ? Entities().IsEmpty() : m_original == m_modified;
+    return m_brings && !m_stored ? Entities().IsEmpty() : m_original == m_modified;
 }
 
 void ZvVDrawOrder::Do() {
+    LeaveOutGone("ZvVDrawOrder.Do");
     if (!m_brings) {
         if (m_stored)
             Restore(m_modified);

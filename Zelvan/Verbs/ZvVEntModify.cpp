@@ -5,8 +5,8 @@
 #include "ZvCore/ZvErrors.h"
 
 bool ZvVEntModify::AddOriginal(const ZvEntity& entity) {
-    if (!Entities().ParentDrawing())
-        SetParent(entity.ParentDrawing());
+    if (!AcceptsEntity(&entity) || entity.IsErased())
+        return false;
     if (!Entities().Insert(&entity)) {
         ZvErrors::Report(ZvErrorCode::EntityTwiceInVerb, "ZvVEntModify.AddOriginal");
         return false;

@@ -11,7 +11,7 @@ class ZV_API ZvVEntModify : public ZvVerb {
 public:
     explicit ZvVEntModify(ZvDrawing* drawing = nullptr) : ZvVerb(drawing) {}
 
-    /// False (error 10040, nothing stored) when the entity was added before.
+    /// False, nothing stored, when the entity was added before (error 10040), and for an erased one.
     bool AddOriginal(const ZvEntity& entity);
     /// Copies all added entities as they are now. False (error 10041, nothing stored) when there are modified
     /// copies. Entities that are gone are left out and reported, which makes the verb impossible to redo.

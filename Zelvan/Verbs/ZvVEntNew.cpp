@@ -25,9 +25,7 @@ ZvVEntNew::ZvVEntNew(ZvDrawing* drawing) : ZvVerb(drawing) {}
 ZvVEntNew::~ZvVEntNew() = default;
 
 bool ZvVEntNew::Add(const ZvEntity* entity) {
-    if (entity && !Entities().ParentDrawing())
-        Entities().SetParentDrawing(entity->ParentDrawing());
-    return Entities().Insert(entity);
+    return AcceptsEntity(entity) && Entities().Insert(entity);
 }
 
 void ZvVEntNew::Add(std::unique_ptr<ZvEntity> entity, const XStringW& layerName) {
@@ -55,7 +53,11 @@ void ZvVEntNew::InsertWaiting() {
 }
 
 void ZvVEntNew::Do() {
+    const bool waited = !m_waiting.empty();
     InsertWaiting();
+    LeaveOutGone("ZvVEntNew.Do");
+    if (waited && Entities().IsEmpty())
+        return Refuse(ZvStrings::GetW(ZvStr::RefusedNoLayer));
     GiveMeta();
     if (Drawing()->Host())
         ShowNotes();

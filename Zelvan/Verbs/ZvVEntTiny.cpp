@@ -10,6 +10,10 @@
 
 bool ZvVEntTiny::Collect(const ZvSelection& entities) {
     constexpr int kBetweenSteps = 4096;
+    if (!entities.IsEmpty() && entities.ParentDrawing() != Drawing()) {
+        ZvErrors::Fatal("ZvVEntTiny.Collect: entities of another drawing");
+        return false;
+    }
     IZvHost* host = Drawing()->Host();
     const std::unique_ptr<ZvCore::IProgress> progress =
         host ? host->StartProgress(ZvStrings::GetW(ZvStr::CollectingObjects)) : nullptr;
@@ -96,6 +100,7 @@ void ZvVEntTiny::Apply(const std::vector<ZvEntityState>& states, const char* con
 }
 
 void ZvVEntTiny::Do() {
+    LeaveOutGone("ZvVEntTiny.Do");
     std::vector<ZvEntityState> after;
     for (const ZvEntityState& state : m_states)
         after.push_back(Changed(state));

@@ -10,7 +10,7 @@ public:
     explicit ZvVEntTiny(ZvDrawing& drawing) : ZvVerb(&drawing) {}
 
     /// Takes the entities with their present state, under a progress display of the host. False, and the verb without
-    /// entities, when the user stops it.
+    /// entities, when the user stops it and for entities of another drawing.
     bool Collect(const ZvSelection& entities);
     void SetColor(const ZvColor& color);
     void SetLineWidth(ZvLineWidth width);

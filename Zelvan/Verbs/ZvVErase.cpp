@@ -9,9 +9,7 @@ ZvVErase::ZvVErase(const ZvSelection& entities) : ZvVerb(entities.ParentDrawing(
 }
 
 bool ZvVErase::Add(const ZvEntity* entity) {
-    if (entity && !Entities().ParentDrawing())
-        Entities().SetParentDrawing(entity->ParentDrawing());
-    return Entities().Insert(entity);
+    return AcceptsEntity(entity) && Entities().Insert(entity);
 }
 
 bool ZvVErase::AddErased(const ZvEntity* entity) {

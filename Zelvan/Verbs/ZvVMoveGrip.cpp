@@ -2,11 +2,13 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvStrings.h"
-#include "ZvCore/ZvErrors.h"
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 bool ZvVMoveGrip::AddGripPair(const ZvEntity& entity, int gripId, const Vec3d& to) {
+    if (!AcceptsEntity(&entity))
+        return false;
     ZvGrips grips;
     entity.GetGrips(grips);
     const auto grip =
@@ -14,30 +16,32 @@ bool ZvVMoveGrip::AddGripPair(const ZvEntity& entity, int gripId, const Vec3d& t
     if (grip == grips.end() || !std::isfinite(to.x) || !std::isfinite(to.y) || !std::isfinite(to.z))
         return false;
     m_pairs.push_back({entity.Name32(), gripId, grip->point, to});
-    if (!Entities().ParentDrawing())
-        Entities().SetParentDrawing(entity.ParentDrawing());
     Entities().Insert(&entity);
     return true;
 }
 
 bool ZvVMoveGrip::IsNullOp() const {
-    return std::all_of(m_pairs.begin(), m_pairs.end(), [](const Pair& pair) { return pair.from == pair.to; });
+    return IsRefused() ||
+           std::all_of(m_pairs.begin(), m_pairs.end(), [](const Pair& pair) { return pair.from == pair.to; });
 }
 
 void ZvVMoveGrip::DoInternal(bool forward) {
     if (!forward)
         return m_originals.Restore(*Drawing(), "ZvVMoveGrip.Undo");
+    LeaveOutGone("ZvVMoveGrip.Do");
     m_originals.Clear();
+    if (IsNullOp())
+        return;
+    std::unordered_set<uint32_t> kept;
+    bool moved = false;
     for (const Pair& pair : m_pairs) {
-        ZvEntity* entity = Drawing()->GetEntity(ZvName(pair.name));
-        if (!entity) {
-            ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVMoveGrip.Do");
-            continue;
-        }
-        if (!m_originals.Has(pair.name))
-            m_originals.Keep(*entity);
-        entity->UpdateByGrip(pair.gripId, pair.to);
+        ZvEntity& entity = *Drawing()->GetEntity(ZvName(pair.name));
+        if (kept.insert(pair.name).second)
+            m_originals.Keep(entity);
+        moved |= entity.UpdateByGrip(pair.gripId, pair.to);
     }
+    if (!moved)
+        Refuse(ZvStrings::GetW(ZvStr::RefusedGrip));
 }
 
 void ZvVMoveGrip::RemoveFromSet(const ZvSelection& leaving) {

@@ -8,7 +8,7 @@
 ZvVMoveToLayer::ZvVMoveToLayer(ZvLayer& to, const ZvSelection& entities)
     : ZvVerb(to.GetParentDrawing()), m_layerId(to.GetId()) {
     if (!entities.IsEmpty())
-        Entities() = entities;
+        Entities() = entities; // of another drawing than the layer's: the stack refuses the verb
 }
 
 ZvLayer* ZvVMoveToLayer::FindLayer(uint32_t id) const {
@@ -16,8 +16,8 @@ ZvLayer* ZvVMoveToLayer::FindLayer(uint32_t id) const {
 }
 
 bool ZvVMoveToLayer::IsNullOp() const {
-    if (!m_former.empty())
-        return false;
+    if (IsRefused() || !m_former.empty())
+        return IsRefused();
     for (int i = 0; i < Entities().Count(); ++i) {
         const ZvEntity* entity = Entities().GetEntityQuiet(i);
         const ZvLayer* layer = entity ? entity->GetLayer() : nullptr;
@@ -35,11 +35,15 @@ ZvLayer* ZvVMoveToLayer::Target(const char* context) const {
 }
 
 void ZvVMoveToLayer::Do() {
-    if (ZvLayer* to = Target("ZvVMoveToLayer.Do")) {
-        const int fields = ZvFieldGain::FieldCount(*to);
-        MoveAll(*to);
-        m_fields.Note(*to, fields);
-    }
+    LeaveOutGone("ZvVMoveToLayer.Do");
+    ZvLayer* to = Target("ZvVMoveToLayer.Do");
+    if (!to)
+        return Refuse(ZvStrings::GetW(ZvStr::RefusedNoLayer));
+    const int fields = ZvFieldGain::FieldCount(*to);
+    MoveAll(*to);
+    m_fields.Note(*to, fields);
+    if (m_former.empty() && !IsNullOp())
+        Refuse(XStringW::Format(ZvStrings::Get(ZvStr::RefusedMove), to->GetName().ToUtf8().c_str()));
 }
 
 /// The layer gains the fields that it gained then. Others that a former layer has got since come only with values.

@@ -41,7 +41,7 @@ void ZvVPropertyChange::SetAttribute(const XStringW& field, ZvAttributeColumn::V
 }
 
 bool ZvVPropertyChange::IsNullOp() const {
-    return Entities().IsEmpty() || (m_values.empty() && m_attributes.empty());
+    return IsRefused() || Entities().IsEmpty() || (m_values.empty() && m_attributes.empty());
 }
 
 bool ZvVPropertyChange::TouchesStateOnly() const {
@@ -52,12 +52,15 @@ bool ZvVPropertyChange::TouchesStateOnly() const {
 }
 
 void ZvVPropertyChange::Do() {
+    LeaveOutGone("ZvVPropertyChange.Do");
     ApplyToAll();
     m_formerValues.clear();
     for (int i = 0; i < Entities().Count(); ++i)
         if (ZvEntity* entity = Entities().GetEntityQuietNoCheck(i))
             for (size_t attribute = 0; attribute < m_attributes.size(); ++attribute)
                 ApplyAttribute(*entity, attribute);
+    if (!m_tookAny && m_formerValues.empty() && !m_refusals.empty())
+        Refuse(XStringW::FromUtf8(*m_refusals.begin()));
 }
 
 /// Sets the attributes that Do set: a layer that had refused one may have the field by now.
@@ -77,6 +80,7 @@ void ZvVPropertyChange::ApplyToAll() {
     m_states.clear();
     m_originals.Clear();
     m_refusals.clear();
+    m_tookAny = false;
     const bool stateOnly = TouchesStateOnly();
     for (int i = 0; i < Entities().Count(); ++i) {
         ZvEntity* entity = Entities().GetEntityQuiet(i);
@@ -101,7 +105,12 @@ void ZvVPropertyChange::ApplyProperties(ZvEntity& entity) {
     entity.SetProperties(setter);
     ApplyFlags(entity, setter);
     m_refusals.insert(setter.Refusals().begin(), setter.Refusals().end());
-    for (const std::string& id : setter.Unused())
+    const std::vector<std::string> unused = setter.Unused();
+    m_tookAny = m_tookAny || std::any_of(m_values.begin(), m_values.end(), [&](const auto& value) {
+                    return !setter.IsRefused(value.first) &&
+                           std::find(unused.begin(), unused.end(), value.first) == unused.end();
+                });
+    for (const std::string& id : unused)
         m_refusals.insert(entity.VerbalName().ToUtf8() + " has no property \"" + id + "\"");
 }
 

@@ -67,4 +67,5 @@ private:
     std::vector<FormerValue> m_formerValues;
     std::map<uint32_t, ZvFieldGain> m_fields; ///< by layer id
     std::set<std::string> m_refusals;
+    bool m_tookAny = false; ///< of the properties, any entity any of them
 };

@@ -46,7 +46,7 @@ void ZvVRecordErase::Do() {
     DropReferences();
     for (Entry& entry : m_entries) {
         ZvTableRecord* record = entry.key.Find(*Drawing());
-        if (!record)
+        if (!record || record->IsErased())
             continue;
         ZvTable& table = *record->GetTable();
         entry.before = ZvRecordState(*record);
@@ -60,6 +60,8 @@ void ZvVRecordErase::Do() {
     }
     m_erasedBytes = MemUsageOf(Entities());
     LeaveSelection(Entities(), true);
+    if (std::none_of(m_entries.begin(), m_entries.end(), [](const Entry& entry) { return entry.isErased; }))
+        Refuse(ZvStrings::GetW(ZvStr::RefusedErase));
 }
 
 void ZvVRecordErase::EraseContents(ZvTableRecord& record) {

@@ -24,7 +24,7 @@ public:
     Kind GetKind() const override { return Kind::Record; }
     XStringW DefaultName() const override;
     size_t MemUsage() const override;
-    bool IsNullOp() const override { return m_entries.empty(); }
+    bool IsNullOp() const override { return IsRefused() || m_entries.empty(); }
     void Do() override;
     void Undo() override;
     void FlushDone() override;

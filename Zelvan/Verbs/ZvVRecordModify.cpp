@@ -38,20 +38,28 @@ void ZvVRecordModify::Do() {
     if (m_stored) // the command has made the change
         return;
     m_refusals.clear();
-    for (const Entry& entry : m_entries) {
-        ZvTableRecord* record = entry.key.Find(*Drawing());
-        if (!record)
-            continue;
-        ZvPropertySetter setter;
-        for (const auto& [id, value] : m_values)
-            setter.Set(id, value);
-        record->SetProperties(setter);
-        record->NotifyVisState();
-        m_refusals.insert(m_refusals.end(), setter.Refusals().begin(), setter.Refusals().end());
-        for (const std::string& id : setter.Unused())
-            m_refusals.push_back("there is no property \"" + id + "\"");
-    }
+    bool found = false;
+    for (const Entry& entry : m_entries)
+        if (ZvTableRecord* record = entry.key.Find(*Drawing())) {
+            SetValues(*record);
+            found = true;
+        }
     StoreModified();
+    if (!found && !m_entries.empty())
+        return Refuse(ZvStrings::GetW(ZvStr::RefusedNoRecord));
+    if (IsNullOp() && !m_refusals.empty())
+        Refuse(XStringW::FromUtf8(m_refusals.front()));
+}
+
+void ZvVRecordModify::SetValues(ZvTableRecord& record) {
+    ZvPropertySetter setter;
+    for (const auto& [id, value] : m_values)
+        setter.Set(id, value);
+    record.SetProperties(setter);
+    record.NotifyVisState();
+    m_refusals.insert(m_refusals.end(), setter.Refusals().begin(), setter.Refusals().end());
+    for (const std::string& id : setter.Unused())
+        m_refusals.push_back("there is no property \"" + id + "\"");
 }
 
 void ZvVRecordModify::Undo() {

@@ -36,6 +36,8 @@ private:
         ZvRecordKey key;
         ZvRecordState before, after;
     };
+    void SetValues(ZvTableRecord& record);
+
     std::vector<Entry> m_entries;
     std::vector<std::pair<std::string, ZvProperty::Value>> m_values;
     std::vector<std::string> m_refusals;

@@ -24,15 +24,17 @@ void ZvVRecordNew::Do() {
         !table || !m_record || (!name.IsEmpty() && !table->GetByName(name) && !table->IsNewNameValid(name));
     if (m_refused) {
         if (m_record)
-            ZvErrors::Report(ZvErrorCode::BadRecordName, m_record->GetName().ToUtf8());
-        return;
+            ZvErrors::Report(ZvErrorCode::BadRecordName, name.ToUtf8());
+        return Refuse(table && m_record
+                          ? XStringW::Format(ZvStrings::Get(ZvStr::RefusedRecordName), name.ToUtf8().c_str())
+                          : ZvStrings::GetW(ZvStr::RefusedRecord));
     }
     m_before = table->GetCounters();
     m_formerCurrent = table->GetCurrent() ? table->GetCurrent()->GetId() : 0;
     const ZvTableRecord* record = m_record.get();
     m_refused = !Zv::Ok(table->Insert(std::move(m_record)));
     if (m_refused)
-        return;
+        return Refuse(ZvStrings::GetW(ZvStr::RefusedRecord));
     m_key.id = record->GetId();
     AddLayerUsed(m_key.FindLayer(*Drawing()));
     m_after = table->GetCounters();

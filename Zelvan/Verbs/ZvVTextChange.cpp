@@ -28,6 +28,8 @@ ZvLayer* LayerOf(const ZvDrawing& drawing, uint32_t name, const char* context) {
 } // namespace
 
 bool ZvVTextChange::AddEntity(const ZvEntity& entity, const XStringW& text) {
+    if (!AcceptsEntity(&entity))
+        return false;
     ZvPropertyGatherer gatherer;
     entity.GetProperties(gatherer, true);
     const ZvProperty* found = gatherer.Find("Text");
@@ -39,7 +41,7 @@ bool ZvVTextChange::AddEntity(const ZvEntity& entity, const XStringW& text) {
 }
 
 bool ZvVTextChange::AddAttribute(const ZvEntity& entity, const XStringW& field, const XStringW& text) {
-    const ZvLayer* layer = entity.GetLayer();
+    const ZvLayer* layer = AcceptsEntity(&entity) ? entity.GetLayer() : nullptr;
     const ZvAttributeTable* table = layer ? layer->AttributesOrNull() : nullptr;
     const int index = table ? table->FindField(field) : -1;
     if (index < 0 || table->Fields()[size_t(index)].type != ZvAttributeColumn::Type::String)
@@ -58,41 +60,57 @@ bool ZvVTextChange::AddRecord(const ZvTableRecord& record, const std::string& pr
 }
 
 void ZvVTextChange::Do() {
+    LeaveOutGone("ZvVTextChange.Do");
     m_originals.Clear();
+    XStringW why;
+    size_t refused = 0;
     for (m_made = 0; m_made < m_changes.size(); ++m_made) {
         Change& change = m_changes[m_made];
-        std::visit([&](auto& where) { Make(where, change.text); }, change.where);
+        refused += !std::visit([&](auto& where) { return Make(where, change.text, why); }, change.where);
     }
+    if (refused > 0 && refused == m_changes.size())
+        Refuse(why);
 }
 
-void ZvVTextChange::Make(const OfEntity& where, const XStringW& text) {
-    ZvEntity* entity = Drawing()->GetEntity(ZvName(where.name));
-    if (!entity)
-        return ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVTextChange.Do");
-    if (!m_originals.Has(where.name))
-        m_originals.Keep(*entity);
+bool ZvVTextChange::Set(const std::function<void(ZvPropertySetter&)>& toHolder, const std::string& property,
+                        const XStringW& text, XStringW& why) {
     ZvPropertySetter setter;
-    setter.Set("Text", text);
-    entity->SetProperties(setter);
+    setter.Set(property, text);
+    toHolder(setter);
+    if (setter.Refusals().empty() && setter.Unused().empty())
+        return true;
+    why = setter.Refusals().empty() ? ZvStrings::GetW(ZvStr::RefusedText)
+                                    : XStringW::FromUtf8(setter.Refusals().front());
+    return false;
 }
 
-void ZvVTextChange::Make(OfAttribute& where, const XStringW& text) {
+bool ZvVTextChange::Make(const OfEntity& where, const XStringW& text, XStringW& why) {
+    ZvEntity& entity = *Drawing()->GetEntity(ZvName(where.name));
+    m_originals.Keep(entity);
+    return Set([&](ZvPropertySetter& setter) { entity.SetProperties(setter); }, "Text", text, why);
+}
+
+bool ZvVTextChange::Make(OfAttribute& where, const XStringW& text, XStringW& why) {
     ZvLayer* layer = LayerOf(*Drawing(), where.name, "ZvVTextChange.Do");
-    if (!layer || !layer->AttributesOrNull())
-        return;
-    where.hadRow = layer->Attributes().HasRow(where.name);
-    where.before = layer->Attributes().Get(where.name, where.field);
-    layer->Attributes().Set(where.name, where.field, text);
+    const ZvAttributeTable* table = layer ? layer->AttributesOrNull() : nullptr;
+    if (!table || table->FindField(where.field) < 0) {
+        why = ZvStrings::GetW(ZvStr::RefusedText);
+        return false;
+    }
+    where.hadRow = table->HasRow(where.name);
+    where.before = table->Get(where.name, where.field);
+    return layer->Attributes().Set(where.name, where.field, text);
 }
 
-void ZvVTextChange::Make(OfRecord& where, const XStringW& text) {
+bool ZvVTextChange::Make(OfRecord& where, const XStringW& text, XStringW& why) {
     ZvTableRecord* record = where.key.Find(*Drawing());
-    if (!record)
-        return ZvErrors::Report(ZvErrorCode::VerbRecordGone, "ZvVTextChange.Do");
+    if (!record) {
+        ZvErrors::Report(ZvErrorCode::VerbRecordGone, "ZvVTextChange.Do");
+        why = ZvStrings::GetW(ZvStr::RefusedNoRecord);
+        return false;
+    }
     where.before = ZvRecordState(*record);
-    ZvPropertySetter setter;
-    setter.Set(where.property, text);
-    record->SetProperties(setter);
+    return Set([&](ZvPropertySetter& setter) { record->SetProperties(setter); }, where.property, text, why);
 }
 
 void ZvVTextChange::Undo() {

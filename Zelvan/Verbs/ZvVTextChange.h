@@ -1,8 +1,10 @@
 #pragma once
 #include "Zelvan/DrawingAux/ZvAttributeColumn.h"
+#include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/Verbs/ZvOriginals.h"
 #include "Zelvan/Verbs/ZvRecordState.h"
 #include "Zelvan/Verbs/ZvVerb.h"
+#include <functional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -21,7 +23,7 @@ public:
     Kind GetKind() const override { return Kind::TextChange; }
     XStringW DefaultName() const override;
     size_t MemUsage() const override;
-    bool IsNullOp() const override { return m_changes.empty(); }
+    bool IsNullOp() const override { return IsRefused() || m_changes.empty(); }
     void Do() override;
     void Undo() override;
     void UpdateLayersUsed() override;
@@ -46,9 +48,12 @@ private:
         std::variant<OfEntity, OfAttribute, OfRecord> where;
         XStringW text;
     };
-    void Make(const OfEntity& where, const XStringW& text);
-    void Make(OfAttribute& where, const XStringW& text);
-    void Make(OfRecord& where, const XStringW& text);
+    /// Each false, with the reason, where the text was not taken.
+    bool Make(const OfEntity& where, const XStringW& text, XStringW& why);
+    bool Make(OfAttribute& where, const XStringW& text, XStringW& why);
+    bool Make(OfRecord& where, const XStringW& text, XStringW& why);
+    static bool Set(const std::function<void(ZvPropertySetter&)>& toHolder, const std::string& property,
+                    const XStringW& text, XStringW& why);
     void TakeBack(const OfEntity&) {} // originals are restored together
     void TakeBack(const OfAttribute& where);
     void TakeBack(const OfRecord& where);

@@ -2,7 +2,6 @@
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvStrings.h"
-#include "ZvCore/ZvErrors.h"
 #include <cmath>
 
 namespace {
@@ -33,23 +32,21 @@ ZvVTransform::ZvVTransform(const ZvSelection& entities, const Mat4d& xform)
 
 bool ZvVTransform::IsNullOp() const {
     const auto& m = m_xform.m;
-    return Entities().IsEmpty() || !IsFinite(m_xform) ||
+    return Entities().IsEmpty() || IsRefused() || !IsFinite(m_xform) ||
            (OnlyMoves(m_xform) && m[0][3] == 0 && m[1][3] == 0 && m[2][3] == 0);
 }
 
 void ZvVTransform::Do() {
+    LeaveOutGone("ZvVTransform.Do");
     m_originals.Clear();
     m_refused = 0;
-    if (!IsFinite(m_xform)) {
+    if (!IsFinite(m_xform))
         m_refused = Entities().Count();
-        return;
-    }
-    for (int i = 0; i < Entities().Count(); ++i) {
-        if (ZvEntity* entity = Entities().GetEntityQuiet(i))
-            TransformOne(*entity);
-        else
-            ZvErrors::Report(ZvErrorCode::VerbEntityGone, "ZvVTransform.Do");
-    }
+    else if (!IsNullOp())
+        for (int i = 0; i < Entities().Count(); ++i)
+            TransformOne(*Entities().GetEntity(i));
+    if (m_refused > 0 && m_originals.IsEmpty())
+        Refuse(ZvStrings::GetW(ZvStr::RefusedCoordinates));
 }
 
 void ZvVTransform::TransformOne(ZvEntity& entity) {

@@ -315,6 +315,33 @@ void ZvVerb::RestoreSelection() {
 
 // --- entities ---------------------------------------------------------------------------------------------
 
+bool ZvVerb::MayWorkIn(const ZvDrawing* drawing) const {
+    const ZvDrawing* ofEntities = m_entities.ParentDrawing();
+    return (!m_drawing || m_drawing == drawing) && (!ofEntities || ofEntities == drawing);
+}
+
+bool ZvVerb::AcceptsEntity(const ZvEntity* entity) {
+    ZvDrawing* drawing = entity ? entity->ParentDrawing() : nullptr;
+    if (drawing && !m_drawing)
+        SetParent(drawing);
+    if (drawing && drawing != m_drawing)
+        ZvErrors::Fatal("ZvVerb.AcceptsEntity: an entity of another drawing");
+    return drawing && drawing == m_drawing;
+}
+
+void ZvVerb::LeaveOutGone(const char* context) {
+    ZvSelection leaving(m_drawing);
+    for (int i = 0; i < m_entities.Count(); ++i) {
+        const ZvEntity* entity = m_entities.GetEntityQuietNoCheck(i);
+        if (!entity)
+            ZvErrors::Report(ZvErrorCode::VerbEntityGone, context);
+        if (!entity || entity->IsErased())
+            leaving.Insert(m_entities.GetName(i));
+    }
+    if (!leaving.IsEmpty())
+        RemoveFromSet(leaving);
+}
+
 bool ZvVerb::AllExist(const std::vector<uint32_t>& names, const char* context) const {
     if (m_drawing && std::all_of(names.begin(), names.end(),
                                  [&](uint32_t name) { return m_drawing->NameTable().Exists(ZvName(name)); }))

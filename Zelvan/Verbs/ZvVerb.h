@@ -10,6 +10,7 @@
 #include <vector>
 
 class ZvDrawing;
+class ZvEntity;
 class ZvLayer;
 struct ZvScaleSetup;
 
@@ -69,7 +70,7 @@ public:
     virtual size_t MemUsage() const;
     /// Whether doing it makes the drawing differ from its file.
     virtual bool ChangesDrawing() const { return true; }
-    /// Nothing would change.
+    /// Nothing would change; asked after Do: nothing has. Such a verb does not stay on the stack.
     virtual bool IsNullOp() const { return false; }
     /// One that cannot go through with it throws; Undo then takes back what was done so far.
     virtual void Do() {}
@@ -89,6 +90,8 @@ public:
     virtual bool UsesEntities(const std::set<uint32_t>& names) const;
     /// Adds the names of all entities that the verb needs to stay alive.
     virtual void CollectEntities(std::set<uint32_t>& names) const;
+    /// Why Do could change nothing, for users. Empty when it did, or when there was nothing to change.
+    virtual XStringW Refusal() const { return m_refusal; }
 
     ZvDrawing* Drawing() const { return m_drawing; }
     /// By the stack, before Do.
@@ -122,8 +125,19 @@ public:
     virtual void RestoreSelection();
     /// Whether it changes things in the drawing: its own or that of a layout.
     virtual bool WorksOn(const ZvDrawing& drawing) const { return m_drawing == &drawing; }
+    /// Made for `drawing`, or for none yet. Names of one drawing mean other entities in the next.
+    bool MayWorkIn(const ZvDrawing* drawing) const;
 
 protected:
+    /// By Do, when it can change nothing: the verb answers IsNullOp from then on.
+    void Refuse(const XStringW& why) { m_refusal = why; }
+    bool IsRefused() const { return !m_refusal.IsEmpty(); }
+    /// For operations that add an entity of the drawing. False for null, and for one of another drawing, which is
+    /// reported. A verb without a drawing gets the entity's.
+    bool AcceptsEntity(const ZvEntity* entity);
+    /// For Do: forgets entities that are erased, and those that are gone, which are reported (10043). The verb that
+    /// erased an entity may leave the stack, and the entity with it, while this one is still there.
+    void LeaveOutGone(const char* context);
     /// Gives associated data to its heirs, and takes back what was given. For Do, Undo and Redo of kinds
     /// that make entities; both do nothing without meta pairs.
     void GiveMeta();
@@ -158,5 +172,5 @@ private:
     std::unique_ptr<std::vector<uint32_t>> m_formerSelection;
     int m_sequence = 0;
     bool m_undoAtOnce = false;
-    XStringW m_name;
+    XStringW m_name, m_refusal;
 };

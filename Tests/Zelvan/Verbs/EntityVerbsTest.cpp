@@ -7,6 +7,7 @@
 #include "Zelvan/Verbs/ZvVEntNewDualSource.h"
 #include "Zelvan/Verbs/ZvVErase.h"
 #include "Zelvan/Verbs/ZvVModify.h"
+#include "Zelvan/Verbs/ZvVRecordNew.h"
 
 namespace {
 
@@ -162,9 +163,9 @@ TEST_F(EntityVerbsTest, FlushingFreesExactlyWhatNothingBringsBack) {
     drawing.DoVerb(created);
     drawing.DoVerb(new ZvVErase(Set({river})));
     settings.Set(ZvVerbStack::kMaxVerbsKey, int64_t(2));
-    drawing.DoVerb(new ZvVEntNew);
+    drawing.DoVerb(new ZvVRecordNew(*drawing.LayerTable(), u"A"));
     EXPECT_TRUE(drawing.NameTable().Exists(riverName));
-    drawing.DoVerb(new ZvVEntNew);
+    drawing.DoVerb(new ZvVRecordNew(*drawing.LayerTable(), u"B"));
     EXPECT_FALSE(drawing.NameTable().Exists(riverName));
 }
 

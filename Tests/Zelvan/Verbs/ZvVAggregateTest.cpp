@@ -92,11 +92,11 @@ TEST_F(ZvVAggregateTest, OnlyPaperAggregatesReachIntoLayouts) {
             aggregate = std::make_unique<ZvVAggregate>();
         aggregate->Add(std::make_unique<ZvVErase>(frames));
         page->ResetModified();
-        drawing.DoVerb(aggregate.release());
+        EXPECT_EQ(drawing.DoVerb(aggregate.release()) != 0, paper);
         EXPECT_EQ(frame->IsErased(), paper);
         EXPECT_EQ(page->IsModified(), paper);
         EXPECT_EQ(errors.Entries().size(), 1u);
-        EXPECT_TRUE(stack.Undo());
+        EXPECT_EQ(stack.Undo(), paper);
         EXPECT_FALSE(frame->IsErased());
     }
 }
