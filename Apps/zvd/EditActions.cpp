@@ -1,7 +1,6 @@
 #include "Apps/zvd/DrawingUnits.h"
 #include "Apps/zvd/EditSession.h"
 #include "Apps/zvd/EditShape.h"
-#include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
 #include "Zelvan/Verbs/ZvVChangeSS.h"
@@ -120,16 +119,6 @@ bool EditSession::ToLayer(const EditLine& line, EditOutcome& outcome) {
            Do(std::make_unique<ZvVMoveToLayer>(*layer, what), outcome);
 }
 
-bool EditSession::DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome& outcome) {
-    const ZvVPropertyChange& done = *verb;
-    if (!Do(std::move(verb), outcome))
-        return false;
-    if (m_drawing.Verbs()->StackSize() > 0)
-        for (const std::string& why : done.Refusals())
-            outcome.text += "; not taken: " + why;
-    return true;
-}
-
 bool EditSession::Property(const EditLine& line, EditOutcome& outcome) {
     ZvSelection what;
     if (!ResolveSome(line.words[0], what, outcome))
@@ -149,7 +138,7 @@ bool EditSession::Property(const EditLine& line, EditOutcome& outcome) {
     }
     if (line.settings.empty())
         return Refuse(outcome, "nothing to set: write for example: property " + line.words[0] + " color=Red");
-    return DoChange(std::move(verb), outcome);
+    return Do(std::move(verb), outcome);
 }
 
 bool EditSession::Attribute(const EditLine& line, EditOutcome& outcome) {
@@ -161,7 +150,7 @@ bool EditSession::Attribute(const EditLine& line, EditOutcome& outcome) {
     auto verb = std::make_unique<ZvVPropertyChange>(what);
     for (const auto& [field, value] : line.settings)
         verb->SetAttribute(XStringW::FromUtf8(field), XStringW::FromUtf8(value), true);
-    return DoChange(std::move(verb), outcome);
+    return Do(std::move(verb), outcome);
 }
 
 bool EditSession::Order(const EditLine& line, EditOutcome& outcome) {

@@ -78,13 +78,13 @@ ExitCode RunEdit(const Console& console, const EditArguments& arguments) {
         if (!opened || std::filesystem::is_directory(path))
             return console.Fail(ExitCode::NoInput, "cannot read the script '" + arguments.script + "'");
     }
-    ConsoleHost host(console);
+    LineHost host(console);
     ZvDrawing drawing;
     drawing.SetHost(&host);
     if (!arguments.fresh || std::filesystem::exists(file))
         if (const ExitCode code = Open(console, file, drawing); code != ExitCode::Ok)
             return code;
-    EditSession session(drawing, file);
+    EditSession session(drawing, host, file);
     const ExitCode code = RunLines(console, arguments.script == "-" ? std::cin : opened, arguments, session);
     if (drawing.IsModified())
         console.Warn("there are changes that no line saved");

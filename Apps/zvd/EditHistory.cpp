@@ -104,9 +104,7 @@ bool EditSession::Import(const EditLine& line, EditOutcome& outcome) {
         return io.LoadFile(file, ZvIOFlag::Merge | ZvIOFlag::KeepName | ZvIOFlag::Quiet, &errors);
     });
     if (opened != int(files.size())) {
-        std::string why = errors.ToString();
-        while (why.ends_with('\n'))
-            why.pop_back();
+        const std::string why = errors.ToString();
         return Refuse(outcome,
                       std::to_string(opened) + " of " + Number(files.size(), " file", " files") +
                           " imported: " + (why.empty() ? "images and recordings are passed over" : why));

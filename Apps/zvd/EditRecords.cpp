@@ -1,7 +1,6 @@
 // Lines about records of tables: layers, layouts and the others.
 #include "Apps/zvd/EditSession.h"
 #include "Apps/zvd/EditShape.h"
-#include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Tables/ZvLayoutTable.h"
@@ -58,9 +57,10 @@ ZvTableRecord* EditSession::FindRecord(const std::string& table, const std::stri
                                        EditOutcome& outcome) const {
     const ZvTable* found = FindTable(table, outcome);
     ZvTableRecord* record = found ? found->GetByName(XStringW::FromUtf8(name)) : nullptr;
+    const char* const prefix = table == "layer" || table == "layout" ? "" : "record ";
     if (found && !record)
-        Refuse(outcome,
-               "there is no " + table + " '" + name + "': make it with: " + table + " new \"" + name + "\"");
+        Refuse(outcome, "there is no " + table + " '" + name + "': make it with: " + prefix + table +
+                            " new \"" + name + "\"");
     return record;
 }
 

@@ -1,4 +1,5 @@
 #include "Apps/zvd/EditSession.h"
+#include "Apps/zvd/ConsoleHost.h"
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvLayer.h"
@@ -60,8 +61,8 @@ const EditSession::Command EditSession::kCommands[] = {
     {"distance", "distance X,Y X,Y", 2, 2, &EditSession::Distance},
 };
 
-EditSession::EditSession(ZvDrawing& drawing, std::filesystem::path file)
-    : m_drawing(drawing), m_file(std::move(file)), m_last(&drawing) {}
+EditSession::EditSession(ZvDrawing& drawing, LineHost& host, std::filesystem::path file)
+    : m_drawing(drawing), m_host(host), m_file(std::move(file)), m_last(&drawing) {}
 
 std::string EditSession::Help() {
     std::string text;
@@ -82,6 +83,10 @@ EditOutcome EditSession::Run(const EditLine& line) {
             Refuse(outcome, std::string("write: ") + command.usage);
         else
             outcome.done = (this->*command.action)(line, outcome);
+        if (const std::string more = m_host.TakeMessages(); outcome.text.find(more) == std::string::npos)
+            outcome.text += "; " + more;
+        while (outcome.text.ends_with('\n'))
+            outcome.text.pop_back();
         return outcome;
     }
     std::string known;
@@ -98,10 +103,21 @@ bool EditSession::Refuse(EditOutcome& outcome, std::string why) {
 
 bool EditSession::Do(std::unique_ptr<ZvVerb> verb, EditOutcome& outcome) {
     const std::string name = verb->GetName().ToUtf8();
+    ZvVerbStack& stack = *m_drawing.Verbs();
     const int count = verb->Entities().Count();
-    if (m_drawing.DoVerb(verb.release()) == 0 && m_drawing.Verbs()->Budget() != 0)
-        return Refuse(outcome, "'" + name + "' was not done");
+    (void)m_host.TakePrinted();
+    const int sequence = m_drawing.DoVerb(verb.release());
+    const std::string why = m_host.TakeMessages();
+    const ZvVerb* kept = sequence ? stack.FindSequence(sequence) : nullptr;
+    if (!kept && !why.empty())
+        return Refuse(outcome, why);
     outcome.text = name + (count > 0 ? ": " + std::to_string(count) : "");
+    if (!kept && stack.Budget() != 0)
+        outcome.text = name + ": nothing to change";
+    else if (kept && !kept->Refusal().IsEmpty())
+        outcome.text += "; not all of it: " + kept->Refusal().ToUtf8();
+    for (const std::string& note : {m_host.TakePrinted(), why})
+        outcome.text += note.empty() ? "" : "; " + note;
     return true;
 }
 
@@ -192,7 +208,7 @@ bool EditSession::Steps(const EditLine& line, bool undo, EditOutcome& outcome) {
             return Refuse(outcome, "after " + std::to_string(i) + " steps there is nothing to " +
                                        (undo ? "undo" : "redo"));
         if (!(undo ? stack.Undo() : stack.Redo()))
-            return Refuse(outcome, "step " + std::to_string(i + 1) + " is refused");
+            return Refuse(outcome, "step " + std::to_string(i + 1) + ": " + m_host.TakeMessages());
     }
     outcome.text = std::string(undo ? "undone: " : "redone: ") + std::to_string(*times);
     return true;
@@ -211,7 +227,7 @@ bool EditSession::Section(const EditLine& line, EditOutcome& outcome) {
     const std::string& which = line.words[0];
     const std::string flag = line.words.size() > 1 ? line.words[1] : "";
     if (which == "begin" && (flag.empty() || flag == "barrier")) {
-        m_sections.push_back(stack.VerbBeginSection(flag == "barrier" ? 1 : 0));
+        m_sections.push_back(stack.VerbBeginSection(flag.empty() ? 0 : ZvVerbStack::kSectionBarrier));
         outcome.text = "section " + std::to_string(m_sections.back()) + " begun";
         return true;
     }
@@ -221,8 +237,8 @@ bool EditSession::Section(const EditLine& line, EditOutcome& outcome) {
         return Refuse(outcome, "no section is open: write 'section begin' first");
     const int section = m_sections.back();
     m_sections.pop_back();
-    if (!stack.VerbEndSection(section, flag == "rollback" ? 2 : 0))
-        return Refuse(outcome, "section " + std::to_string(section) + " is not open any more");
+    if (!stack.VerbEndSection(section, flag == "rollback" ? ZvVerbStack::kSectionRollBack : 0))
+        return Refuse(outcome, "section " + std::to_string(section) + ": " + m_host.TakeMessages());
     outcome.text = "section " + std::to_string(section) + (flag.empty() ? " ended" : " rolled back");
     return true;
 }

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
+class LineHost;
 class ZvDrawing;
 class ZvLayer;
 class ZvTable;
 class ZvTableRecord;
-class ZvVPropertyChange;
 class ZvVerb;
 
 /// What one line of an edit script did.
@@ -25,7 +25,8 @@ struct EditOutcome {
 /// Docs/edit-language.md is the language.
 class EditSession {
 public:
-    EditSession(ZvDrawing& drawing, std::filesystem::path file);
+    /// `host`: that of the drawing.
+    EditSession(ZvDrawing& drawing, LineHost& host, std::filesystem::path file);
 
     EditOutcome Run(const EditLine& line);
     /// Lines that saved.
@@ -81,9 +82,8 @@ private:
     bool List(const EditLine& line, EditOutcome& outcome);
     bool Distance(const EditLine& line, EditOutcome& outcome);
 
+    /// Says what could not be changed, too. True where there was nothing to change.
     bool Do(std::unique_ptr<ZvVerb> verb, EditOutcome& outcome);
-    /// Says what of the change was not taken, too.
-    bool DoChange(std::unique_ptr<ZvVPropertyChange> verb, EditOutcome& outcome);
     bool Transform(const std::string& what, const Mat4d& xform, EditOutcome& outcome);
     bool Switch(const std::string& which, uint16_t flag, bool on, EditOutcome& outcome);
     bool Record(const std::string& table, const std::vector<std::string>& words, EditOutcome& outcome);
@@ -106,6 +106,7 @@ private:
     static bool Refuse(EditOutcome& outcome, std::string why);
 
     ZvDrawing& m_drawing;
+    LineHost& m_host;
     std::filesystem::path m_file;
     ZvSelection m_last; ///< what the newest line with `add` made
     std::vector<int> m_sections;

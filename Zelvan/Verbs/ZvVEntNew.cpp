@@ -33,6 +33,10 @@ void ZvVEntNew::Add(std::unique_ptr<ZvEntity> entity, const XStringW& layerName)
         m_waiting.push_back({std::move(entity), layerName});
 }
 
+void ZvVEntNew::DropWaiting(size_t index) {
+    m_waiting.erase(m_waiting.begin() + ptrdiff_t(index));
+}
+
 XStringW ZvVEntNew::DefaultName() const {
     return ZvStrings::GetW(ZvStr::VerbCreate);
 }
@@ -46,18 +50,19 @@ bool ZvVEntNew::IsNullOp() const {
     return m_waiting.empty() && Entities().IsEmpty();
 }
 
-void ZvVEntNew::InsertWaiting() {
+/// False when one found no layer.
+bool ZvVEntNew::InsertWaiting() {
+    bool all = true;
     for (Waiting& waiting : m_waiting)
-        Entities().Insert(Drawing()->Insert(std::move(waiting.entity), waiting.layerName));
+        all = Entities().Insert(Drawing()->Insert(std::move(waiting.entity), waiting.layerName)) && all;
     m_waiting.clear();
+    return all;
 }
 
 void ZvVEntNew::Do() {
-    const bool waited = !m_waiting.empty();
-    InsertWaiting();
+    if (!InsertWaiting())
+        Refuse(ZvStrings::GetW(ZvStr::RefusedNoLayer), Entities().IsEmpty());
     LeaveOutGone("ZvVEntNew.Do");
-    if (waited && Entities().IsEmpty())
-        return Refuse(ZvStrings::GetW(ZvStr::RefusedNoLayer));
     GiveMeta();
     if (Drawing()->Host())
         ShowNotes();

@@ -13,6 +13,8 @@ public:
     bool Add(const ZvEntity* entity);
     /// One that Do inserts into the drawing, on the named layer (the current one when empty).
     void Add(std::unique_ptr<ZvEntity> entity, const XStringW& layerName = {});
+    /// Before Do: drops the entity that was the `index`-th to be handed over.
+    void DropWaiting(size_t index);
 
     Kind GetKind() const override { return Kind::New; }
     void FlushNeverDone() override;
@@ -31,7 +33,7 @@ private:
         std::unique_ptr<ZvEntity> entity;
         XStringW layerName;
     };
-    void InsertWaiting();
+    bool InsertWaiting();
     void ShowNotes() const;
 
     std::vector<Waiting> m_waiting;

@@ -2,6 +2,7 @@
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvStrings.h"
+#include <stdexcept>
 
 ZvVModify::ZvVModify(ZvDrawing* drawing) : ZvVerb(drawing), m_erase(drawing), m_new(drawing) {}
 
@@ -56,12 +57,18 @@ size_t ZvVModify::MemUsage() const {
 }
 
 void ZvVModify::Do() {
-    const size_t before = size_t(m_new.Entities().Count());
+    for (size_t i = m_waitingOld.size(); i-- > 0;)
+        if (const ZvEntity* old = Drawing()->GetEntity(ZvName(m_waitingOld[i])); !old || old->IsErased()) {
+            m_new.DropWaiting(i); // nothing is there that it could stand for
+            m_waitingOld.erase(m_waitingOld.begin() + ptrdiff_t(i));
+        }
     m_erase.Do();
     m_new.Do();
-    const std::vector<uint32_t>& names = m_new.Entities().Names();
-    for (size_t i = 0; i < m_waitingOld.size() && before + i < names.size(); ++i)
-        NotePair(ZvName(m_waitingOld[i]), ZvName(names[before + i]));
+    if (!m_new.Refusal().IsEmpty())
+        throw std::runtime_error("ZvVModify.Do: " + m_new.Refusal().ToUtf8());
+    const std::vector<uint32_t>& names = m_new.Entities().Names(); // those that waited stand last
+    for (size_t i = 0; i < m_waitingOld.size(); ++i)
+        NotePair(ZvName(m_waitingOld[i]), ZvName(names[names.size() - m_waitingOld.size() + i]));
     m_waitingOld = {};
     GiveMeta();
     UpdateLayersUsed();

@@ -33,15 +33,15 @@ void ZvVMoveGrip::DoInternal(bool forward) {
     if (IsNullOp())
         return;
     std::unordered_set<uint32_t> kept;
-    bool moved = false;
+    size_t refused = 0;
     for (const Pair& pair : m_pairs) {
         ZvEntity& entity = *Drawing()->GetEntity(ZvName(pair.name));
         if (kept.insert(pair.name).second)
             m_originals.Keep(entity);
-        moved |= entity.UpdateByGrip(pair.gripId, pair.to);
+        refused += !entity.UpdateByGrip(pair.gripId, pair.to);
     }
-    if (!moved)
-        Refuse(ZvStrings::GetW(ZvStr::RefusedGrip));
+    if (refused > 0)
+        Refuse(ZvStrings::GetW(ZvStr::RefusedGrip), refused == m_pairs.size());
 }
 
 void ZvVMoveGrip::RemoveFromSet(const ZvSelection& leaving) {

@@ -16,15 +16,16 @@ ZvLayer* ZvVMoveToLayer::FindLayer(uint32_t id) const {
 }
 
 bool ZvVMoveToLayer::IsNullOp() const {
-    if (IsRefused() || !m_former.empty())
-        return IsRefused();
-    for (int i = 0; i < Entities().Count(); ++i) {
-        const ZvEntity* entity = Entities().GetEntityQuiet(i);
-        const ZvLayer* layer = entity ? entity->GetLayer() : nullptr;
-        if (layer && layer->GetId() != m_layerId)
-            return false;
-    }
-    return true;
+    return IsRefused() || (m_former.empty() && !HasMembersElsewhere());
+}
+
+/// Whether entities are not on the layer.
+bool ZvVMoveToLayer::HasMembersElsewhere() const {
+    for (int i = 0; i < Entities().Count(); ++i)
+        if (const ZvEntity* entity = Entities().GetEntityQuiet(i))
+            if (const ZvLayer* layer = entity->GetLayer(); !layer || layer->GetId() != m_layerId)
+                return true;
+    return false;
 }
 
 ZvLayer* ZvVMoveToLayer::Target(const char* context) const {
@@ -42,8 +43,9 @@ void ZvVMoveToLayer::Do() {
     const int fields = ZvFieldGain::FieldCount(*to);
     MoveAll(*to);
     m_fields.Note(*to, fields);
-    if (m_former.empty() && !IsNullOp())
-        Refuse(XStringW::Format(ZvStrings::Get(ZvStr::RefusedMove), to->GetName().ToUtf8().c_str()));
+    if (HasMembersElsewhere())
+        Refuse(XStringW::Format(ZvStrings::Get(ZvStr::RefusedMove), to->GetName().ToUtf8().c_str()),
+               m_former.empty());
 }
 
 /// The layer gains the fields that it gained then. Others that a former layer has got since come only with values.

@@ -30,6 +30,7 @@ private:
         ZvDrawPlace place;
     };
     ZvLayer* FindLayer(uint32_t id) const;
+    bool HasMembersElsewhere() const;
     ZvLayer* Target(const char* context) const;
     void MoveAll(ZvLayer& to);
     void MoveOne(ZvEntity& entity, ZvLayer& to);

@@ -59,8 +59,10 @@ void ZvVPropertyChange::Do() {
         if (ZvEntity* entity = Entities().GetEntityQuietNoCheck(i))
             for (size_t attribute = 0; attribute < m_attributes.size(); ++attribute)
                 ApplyAttribute(*entity, attribute);
-    if (!m_tookAny && m_formerValues.empty() && !m_refusals.empty())
-        Refuse(XStringW::FromUtf8(*m_refusals.begin()));
+    std::string why;
+    for (const std::string& refusal : m_refusals)
+        why += (why.empty() ? "" : "; ") + refusal;
+    Refuse(XStringW::FromUtf8(why), !m_changedAny);
 }
 
 /// Sets the attributes that Do set: a layer that had refused one may have the field by now.
@@ -80,7 +82,7 @@ void ZvVPropertyChange::ApplyToAll() {
     m_states.clear();
     m_originals.Clear();
     m_refusals.clear();
-    m_tookAny = false;
+    m_changedAny = false;
     const bool stateOnly = TouchesStateOnly();
     for (int i = 0; i < Entities().Count(); ++i) {
         ZvEntity* entity = Entities().GetEntityQuiet(i);
@@ -90,15 +92,19 @@ void ZvVPropertyChange::ApplyToAll() {
         }
         if (m_values.empty())
             continue;
-        if (stateOnly)
-            m_states.push_back({entity->Name32(), ZvEntityState::Of(*entity)});
-        else
+        if (!stateOnly) {
             m_originals.Keep(*entity);
+            m_changedAny = ApplyProperties(*entity) || m_changedAny;
+            continue;
+        }
+        m_states.push_back({entity->Name32(), ZvEntityState::Of(*entity)});
         ApplyProperties(*entity);
+        m_changedAny = m_changedAny || ZvEntityState::Of(*entity) != m_states.back().state;
     }
 }
 
-void ZvVPropertyChange::ApplyProperties(ZvEntity& entity) {
+/// Whether the entity took any of the values.
+bool ZvVPropertyChange::ApplyProperties(ZvEntity& entity) {
     ZvPropertySetter setter;
     for (const auto& [id, value] : m_values)
         setter.Set(id, value);
@@ -106,12 +112,12 @@ void ZvVPropertyChange::ApplyProperties(ZvEntity& entity) {
     ApplyFlags(entity, setter);
     m_refusals.insert(setter.Refusals().begin(), setter.Refusals().end());
     const std::vector<std::string> unused = setter.Unused();
-    m_tookAny = m_tookAny || std::any_of(m_values.begin(), m_values.end(), [&](const auto& value) {
-                    return !setter.IsRefused(value.first) &&
-                           std::find(unused.begin(), unused.end(), value.first) == unused.end();
-                });
     for (const std::string& id : unused)
         m_refusals.insert(entity.VerbalName().ToUtf8() + " has no property \"" + id + "\"");
+    return std::any_of(m_values.begin(), m_values.end(), [&](const auto& value) {
+        return !setter.IsRefused(value.first) &&
+               std::find(unused.begin(), unused.end(), value.first) == unused.end();
+    });
 }
 
 void ZvVPropertyChange::ApplyFlags(ZvEntity& entity, ZvPropertySetter& setter) {
@@ -162,12 +168,14 @@ void ZvVPropertyChange::ApplyAttribute(ZvEntity& entity, size_t attribute) {
     const auto* text = std::get_if<XStringW>(&value);
     const auto type = table.Fields()[size_t(index)].type;
     const auto fitting = text ? ZvAttributeText::Parse(type, *text) : std::optional(value);
-    if (fitting && table.Set(entity.Name(), index, *fitting))
-        m_formerValues.push_back(std::move(former));
-    else
+    if (!fitting || !table.Set(entity.Name(), index, *fitting)) {
         m_refusals.insert("the attribute \"" + field.ToUtf8() + "\" takes " +
                           ZvAttributeText::TypeName(type) +
                           (text ? ", not '" + text->ToUtf8() + "'" : ", not a value of another type"));
+        return;
+    }
+    m_changedAny = m_changedAny || !former.hadRow || table.Get(entity.Name(), index) != former.value;
+    m_formerValues.push_back(std::move(former));
 }
 
 void ZvVPropertyChange::Undo() {

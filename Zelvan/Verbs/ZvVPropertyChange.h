@@ -54,7 +54,7 @@ private:
     };
     bool TouchesStateOnly() const;
     void ApplyToAll();
-    void ApplyProperties(ZvEntity& entity);
+    bool ApplyProperties(ZvEntity& entity);
     void ApplyFlags(ZvEntity& entity, ZvPropertySetter& setter);
     void ApplyAttribute(ZvEntity& entity, size_t attribute);
     int FieldFor(ZvLayer& layer, const Attribute& attribute);
@@ -67,5 +67,5 @@ private:
     std::vector<FormerValue> m_formerValues;
     std::map<uint32_t, ZvFieldGain> m_fields; ///< by layer id
     std::set<std::string> m_refusals;
-    bool m_tookAny = false; ///< of the properties, any entity any of them
+    bool m_changedAny = false;
 };

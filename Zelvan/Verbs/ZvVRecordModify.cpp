@@ -47,8 +47,8 @@ void ZvVRecordModify::Do() {
     StoreModified();
     if (!found && !m_entries.empty())
         return Refuse(ZvStrings::GetW(ZvStr::RefusedNoRecord));
-    if (IsNullOp() && !m_refusals.empty())
-        Refuse(XStringW::FromUtf8(m_refusals.front()));
+    if (!m_refusals.empty())
+        Refuse(XStringW::FromUtf8(m_refusals.front()), IsNullOp());
 }
 
 void ZvVRecordModify::SetValues(ZvTableRecord& record) {

@@ -17,6 +17,19 @@ bool HasText(const Holder& holder, const std::string& property) {
     return found && found->writable && std::holds_alternative<XStringW>(found->value);
 }
 
+/// False, with the reason, when the holder does not take the text.
+template <class Holder>
+bool SetText(Holder& holder, const std::string& property, const XStringW& text, XStringW& why) {
+    ZvPropertySetter setter;
+    setter.Set(property, text);
+    holder.SetProperties(setter);
+    if (setter.Refusals().empty() && setter.Unused().empty())
+        return true;
+    why = setter.Refusals().empty() ? ZvStrings::GetW(ZvStr::RefusedText)
+                                    : XStringW::FromUtf8(setter.Refusals().front());
+    return false;
+}
+
 ZvLayer* LayerOf(const ZvDrawing& drawing, uint32_t name, const char* context) {
     const ZvEntity* entity = drawing.GetEntity(ZvName(name));
     ZvLayer* layer = entity ? entity->GetLayer() : nullptr;
@@ -63,31 +76,19 @@ void ZvVTextChange::Do() {
     LeaveOutGone("ZvVTextChange.Do");
     m_originals.Clear();
     XStringW why;
-    size_t refused = 0;
+    bool changed = false;
     for (m_made = 0; m_made < m_changes.size(); ++m_made) {
         Change& change = m_changes[m_made];
-        refused += !std::visit([&](auto& where) { return Make(where, change.text, why); }, change.where);
+        changed =
+            std::visit([&](auto& where) { return Make(where, change.text, why); }, change.where) || changed;
     }
-    if (refused > 0 && refused == m_changes.size())
-        Refuse(why);
-}
-
-bool ZvVTextChange::Set(const std::function<void(ZvPropertySetter&)>& toHolder, const std::string& property,
-                        const XStringW& text, XStringW& why) {
-    ZvPropertySetter setter;
-    setter.Set(property, text);
-    toHolder(setter);
-    if (setter.Refusals().empty() && setter.Unused().empty())
-        return true;
-    why = setter.Refusals().empty() ? ZvStrings::GetW(ZvStr::RefusedText)
-                                    : XStringW::FromUtf8(setter.Refusals().front());
-    return false;
+    Refuse(why, !changed);
 }
 
 bool ZvVTextChange::Make(const OfEntity& where, const XStringW& text, XStringW& why) {
     ZvEntity& entity = *Drawing()->GetEntity(ZvName(where.name));
     m_originals.Keep(entity);
-    return Set([&](ZvPropertySetter& setter) { entity.SetProperties(setter); }, "Text", text, why);
+    return SetText(entity, "Text", text, why);
 }
 
 bool ZvVTextChange::Make(OfAttribute& where, const XStringW& text, XStringW& why) {
@@ -99,7 +100,8 @@ bool ZvVTextChange::Make(OfAttribute& where, const XStringW& text, XStringW& why
     }
     where.hadRow = table->HasRow(where.name);
     where.before = table->Get(where.name, where.field);
-    return layer->Attributes().Set(where.name, where.field, text);
+    return layer->Attributes().Set(where.name, where.field, text) &&
+           !(where.hadRow && where.before == ZvAttributeColumn::Value(text));
 }
 
 bool ZvVTextChange::Make(OfRecord& where, const XStringW& text, XStringW& why) {
@@ -110,7 +112,7 @@ bool ZvVTextChange::Make(OfRecord& where, const XStringW& text, XStringW& why) {
         return false;
     }
     where.before = ZvRecordState(*record);
-    return Set([&](ZvPropertySetter& setter) { record->SetProperties(setter); }, where.property, text, why);
+    return SetText(*record, where.property, text, why) && !(where.before == ZvRecordState(*record));
 }
 
 void ZvVTextChange::Undo() {

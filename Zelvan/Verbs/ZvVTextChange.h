@@ -1,10 +1,8 @@
 #pragma once
 #include "Zelvan/DrawingAux/ZvAttributeColumn.h"
-#include "Zelvan/Entities/ZvEntityTypes.h"
 #include "Zelvan/Verbs/ZvOriginals.h"
 #include "Zelvan/Verbs/ZvRecordState.h"
 #include "Zelvan/Verbs/ZvVerb.h"
-#include <functional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -48,12 +46,10 @@ private:
         std::variant<OfEntity, OfAttribute, OfRecord> where;
         XStringW text;
     };
-    /// Each false, with the reason, where the text was not taken.
+    /// Each false where nothing changed: with a reason, when the text was not taken.
     bool Make(const OfEntity& where, const XStringW& text, XStringW& why);
     bool Make(OfAttribute& where, const XStringW& text, XStringW& why);
     bool Make(OfRecord& where, const XStringW& text, XStringW& why);
-    static bool Set(const std::function<void(ZvPropertySetter&)>& toHolder, const std::string& property,
-                    const XStringW& text, XStringW& why);
     void TakeBack(const OfEntity&) {} // originals are restored together
     void TakeBack(const OfAttribute& where);
     void TakeBack(const OfRecord& where);

@@ -45,8 +45,8 @@ void ZvVTransform::Do() {
     else if (!IsNullOp())
         for (int i = 0; i < Entities().Count(); ++i)
             TransformOne(*Entities().GetEntity(i));
-    if (m_refused > 0 && m_originals.IsEmpty())
-        Refuse(ZvStrings::GetW(ZvStr::RefusedCoordinates));
+    if (m_refused > 0)
+        Refuse(XStringW::Format(ZvStrings::Get(ZvStr::RefusedCoordinates), m_refused), m_originals.IsEmpty());
 }
 
 void ZvVTransform::TransformOne(ZvEntity& entity) {

@@ -90,7 +90,8 @@ public:
     virtual bool UsesEntities(const std::set<uint32_t>& names) const;
     /// Adds the names of all entities that the verb needs to stay alive.
     virtual void CollectEntities(std::set<uint32_t>& names) const;
-    /// Why Do could change nothing, for users. Empty when it did, or when there was nothing to change.
+    /// What Do could not change, and why, for users; empty when it changed all that it was meant to. The stack tells it
+    /// when nothing was changed at all.
     virtual XStringW Refusal() const { return m_refusal; }
 
     ZvDrawing* Drawing() const { return m_drawing; }
@@ -129,9 +130,13 @@ public:
     bool MayWorkIn(const ZvDrawing* drawing) const;
 
 protected:
-    /// By Do, when it can change nothing: the verb answers IsNullOp from then on.
-    void Refuse(const XStringW& why) { m_refusal = why; }
-    bool IsRefused() const { return !m_refusal.IsEmpty(); }
+    /// By Do, for what it could not change; empty where all was so already. `wholly`: nothing was changed, so that
+    /// IsNullOp is true from then on.
+    void Refuse(const XStringW& why, bool wholly = true) {
+        m_refusal = why;
+        m_refused = wholly;
+    }
+    bool IsRefused() const { return m_refused; }
     /// For operations that add an entity of the drawing. False for null, and for one of another drawing, which is
     /// reported. A verb without a drawing gets the entity's.
     bool AcceptsEntity(const ZvEntity* entity);
@@ -172,5 +177,6 @@ private:
     std::unique_ptr<std::vector<uint32_t>> m_formerSelection;
     int m_sequence = 0;
     bool m_undoAtOnce = false;
+    bool m_refused = false; ///< wholly
     XStringW m_name, m_refusal;
 };
