@@ -29,6 +29,8 @@ struct ZvFileOptions {
     IZvHost* host = nullptr;
     /// Where the native provider reads and writes; null: the system's.
     ZvCore::IFileSystem* files = nullptr;
+    /// Save: a file that is there is not written over by the native provider, which then answers NotStarted.
+    bool mustBeNew = false;
     /// Save: set by the native provider to the number of entities that it left out because they could not be written, each told in
     /// the errors. May be null.
     uint64_t* unwritten = nullptr;

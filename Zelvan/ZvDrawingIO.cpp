@@ -4,6 +4,7 @@
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Ports/IZvHost.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLayoutTable.h"
 #include "Zelvan/Tables/ZvNamedView.h"
 #include "Zelvan/Tables/ZvViewTable.h"
 #include "Zelvan/View/ZvView.h"
@@ -52,7 +53,8 @@ void ZvDrawingIO::SetFiles(ZvCore::IFileSystem& files) {
     m_files = &files;
 }
 
-void ZvDrawingIO::SetDrawingFileName(const std::filesystem::path& file) {
+void ZvDrawingIO::SetDrawingFileName(const std::filesystem::path& given) {
+    const std::filesystem::path file = m_files->Absolute(given);
     if (file != m_fileName) {
         m_lock.Release();
         m_seen = {};
@@ -61,8 +63,9 @@ void ZvDrawingIO::SetDrawingFileName(const std::filesystem::path& file) {
     m_fileName = file;
 }
 
-void ZvDrawingIO::NoteSeen() {
-    m_seen = m_fileName.empty() ? ZvCore::IFileSystem::Info() : m_files->Look(m_files->Resolve(m_fileName));
+/// The file that a save or a load of that name gets at.
+std::filesystem::path ZvDrawingIO::TargetOf(const std::filesystem::path& file) const {
+    return m_files->Resolve(m_files->Absolute(file));
 }
 
 bool ZvDrawingIO::IsNative(const ZvFileFormat& format) const {
@@ -88,6 +91,14 @@ void ZvDrawingIO::SetDrawingDirty(bool dirty) {
         m_unsaved = dirty;
     if (was != dirty && !m_drawing.Destroying())
         m_drawing.PostEvent(ZvDrawingEvent::ModifiedChanged, dirty);
+}
+
+/// What is in the file are the drawing and those of its layouts.
+void ZvDrawingIO::MarkClean() {
+    for (int i = 0; i < m_drawing.LayoutTable()->Count(); ++i)
+        if (ZvDrawing* layout = m_drawing.LayoutTable()->Get(i)->Drawing())
+            layout->DrawingIO()->MarkClean();
+    SetDrawingDirty(false);
 }
 
 bool ZvDrawingIO::IsDrawingDirty() const {
@@ -128,7 +139,7 @@ Zv::Status ZvDrawingIO::LoadFile(const std::filesystem::path& file, uint32_t fla
                                 !(flags & (ZvIOFlag::Quiet | ZvIOFlag::Merge | ZvIOFlag::KeepName));
         const ZvBackups backups = Backups();
         const ZvRecovery recovery(*m_files, backups);
-        const std::filesystem::path target = m_files->Resolve(file);
+        const std::filesystem::path target = TargetOf(file);
         if (mayRecover && recovery.HasReason(target))
             (void)recovery.Offer(target, *m_drawing.Host());
         return LoadFileInternal(file, *format, flags, set, options);
@@ -170,6 +181,13 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
         return std::pair(m_drawing.LayerTable()->GetAccumModStamp(), m_drawing.NameTable().Count());
     };
     const auto before = content();
+    // Locked and looked at before it is read: what another program saves from then on counts as a change of the file.
+    const bool takesName = !(flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName));
+    const bool isBackup = format.id == ZvNativeProvider::kBackupFormatId;
+    ZvDrawingLock lock;
+    if (takesName && IsNative(format) && !isBackup)
+        lock = LockToLoad(TargetOf(NormalizeName(file)), errors);
+    const ZvCore::IFileSystem::Info seen = m_files->Look(TargetOf(file));
     Zv::Status status;
     {
         const Nested busy(m_loading);
@@ -180,7 +198,12 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
         m_drawing.ResumeAutoCleanup();
     }
     const bool touched = content() != before || Zv::Ok(status);
-    PostLoadCleanup(file, format, flags, status, touched, errors);
+    PostLoadCleanup(file, format, flags, status, touched);
+    if (takesName && Zv::Ok(status)) {
+        m_seen = isBackup ? ZvCore::IFileSystem::Info() : seen;
+        if (lock.IsHeld())
+            m_lock = std::move(lock);
+    }
     PostLoadCleanupObligatoir(flags & ZvIOFlag::Merge, touched);
     PostLoadRunScheduledActions();
     if (touched && m_drawing.Host() && !(flags & ZvIOFlag::Quiet))
@@ -196,31 +219,29 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
 /// What the drawing stands for now. After half a load it stands for no file: saving it must not replace a whole one. Neither does it
 /// after a backup was loaded, so that the next save asks for a name and the backup stays what it is.
 void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format,
-                                  uint32_t flags, Zv::Status status, bool touched, IOErrorSet& errors) {
+                                  uint32_t flags, Zv::Status status, bool touched) {
     if (flags & (ZvIOFlag::Merge | ZvIOFlag::KeepName)) {
         if (touched)
             SetDrawingDirty(true);
     } else if (Zv::Ok(status)) {
         const bool isBackup = format.id == ZvNativeProvider::kBackupFormatId;
         SetDrawingFileName(isBackup ? std::filesystem::path() : NormalizeName(file));
-        NoteSeen();
-        if (IsNative(format) && !isBackup)
-            LockLoaded(errors);
         m_lastFormat = isBackup ? ZvNativeProvider::kFormatId : format.id;
         RestoreCurrentView();
-        SetDrawingDirty(false);
+        MarkClean();
     } else if (touched) {
         ForgetDrawingFileName();
         SetDrawingDirty(true);
     }
 }
 
-/// Tells others that the drawing's file is being edited, and the user when others edit it.
-void ZvDrawingIO::LockLoaded(IOErrorSet& errors) {
-    const std::filesystem::path target = m_files->Resolve(m_fileName);
-    if (m_lock.IsFor(target) || !m_files->CanWriteIn(m_files->FolderOf(target)))
-        return;
+/// Tells others that the file is being edited, and the user when others edit it. Holds nothing when there is no such file, the drawing
+/// has its lock already, or none can be had.
+ZvDrawingLock ZvDrawingIO::LockToLoad(const std::filesystem::path& target, IOErrorSet& errors) const {
     ZvDrawingLock lock;
+    if (m_lock.IsFor(target) || !m_files->Look(target).exists ||
+        !m_files->CanWriteIn(m_files->FolderOf(target)))
+        return lock;
     if (lock.Take(*m_files, target) == ZvDrawingLock::Outcome::Held)
         errors.Add(0,
                    XStringA::Format(ZvStrings::Get(ZvStr::LoadIsEdited),
@@ -228,7 +249,7 @@ void ZvDrawingIO::LockLoaded(IOErrorSet& errors) {
                                     std::to_string(lock.Other().process).c_str(), lock.Other().host.c_str())
                        .Str(),
                    IOErrorSet::Severity::Warning);
-    m_lock = std::move(lock);
+    return lock;
 }
 
 /// After every load. Where it changed the drawing, nothing may refer to entities that are gone; a drawing that a refused file left

@@ -76,6 +76,7 @@ public:
     bool IsFileSaveBusy() const { return m_saving > 0; }
 
     // --- name and format ----------------------------------------------------------------------------------
+    /// Kept as an absolute path.
     void SetDrawingFileName(const std::filesystem::path& file);
     void ForgetDrawingFileName() { SetDrawingFileName({}); }
     const std::filesystem::path& DrawingFileName() const { return m_fileName; }
@@ -127,7 +128,7 @@ private:
     Zv::Status LoadFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
                                 IOErrorSet& errors, const ZvFileOptions* given);
     void PostLoadCleanup(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
-                         Zv::Status status, bool touched, IOErrorSet& errors);
+                         Zv::Status status, bool touched);
     void PostLoadCleanupObligatoir(bool merged, bool touched);
     void PostLoadRunScheduledActions();
     Zv::Status SaveFileInternal(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
@@ -144,12 +145,14 @@ private:
                               uint64_t unwritten) const;
     ZvBackups Backups() const;
     bool IsNative(const ZvFileFormat& format) const;
-    void LockLoaded(IOErrorSet& errors);
     void LocateLinkedImages(const std::filesystem::path& file);
+    ZvDrawingLock LockToLoad(const std::filesystem::path& target, IOErrorSet& errors) const;
+    std::filesystem::path TargetOf(const std::filesystem::path& file) const;
+    Zv::Status SaveUnderLock(const std::filesystem::path& file, const ZvFileFormat& format, uint32_t flags,
+                             ZvFileOptions& options, IOErrorSet& errors);
+    void MarkClean();
     bool OpenOne(const std::filesystem::path& file,
                  const std::function<Zv::Status(const std::filesystem::path&)>& open);
-    /// What the drawing's file is like after it was read or written.
-    void NoteSeen();
     bool PreSave(const ZvFileFormat& format);
     void PostSave();
     void StoreCurrentView();

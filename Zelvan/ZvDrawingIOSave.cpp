@@ -117,37 +117,39 @@ Zv::Status ZvDrawingIO::SaveFileInternal(const fs::path& file, const ZvFileForma
     options.files = m_files;
     if (!(flags & ZvIOFlag::Quiet) && !options.host)
         options.host = m_drawing.Host();
-    Zv::Status status = Zv::Status::Failure;
-    {
-        const ZvWaitCursor wait(m_drawing.Host());
-        StoreCurrentView();
-        const bool native = PreSave(format);
-        if (flags & ZvIOFlag::SelectionOnly && !options.selection && m_savedSelection)
-            options.selection = &*m_savedSelection;
-        m_drawing.PostEvent(ZvDrawingEvent::PreSave, native);
-        const fs::path target = m_files->Resolve(file);
-        ZvDrawingLock lock;
-        status = Zv::Status::NotStarted;
-        if (MayReplace(target, flags, errors) && (!IsNative(format) || LockFor(target, lock, errors))) {
-            status = WriteAndReplace(target, format, m_backupSettings->instantBackup, flags, options, errors);
-            if (Zv::Ok(status) && !(flags & ZvIOFlag::KeepName)) {
-                SetDrawingFileName(file);
-                NoteSeen();
-                if (lock.IsFor(target))
-                    m_lock = std::move(lock);
-            }
-        }
-    }
+    StoreCurrentView();
+    const Zv::Status status = SaveUnderLock(file, format, flags, options, errors);
+    --m_saving;
+    m_drawing.ResumeAutoCleanup();
+    return status;
+}
+
+/// The lock comes first: what is looked at under it stays so until the file is in place.
+Zv::Status ZvDrawingIO::SaveUnderLock(const fs::path& file, const ZvFileFormat& format, uint32_t flags,
+                                      ZvFileOptions& options, IOErrorSet& errors) {
+    const fs::path target = TargetOf(file);
+    ZvDrawingLock lock;
+    if ((IsNative(format) && !LockFor(target, lock, errors)) || !MayReplace(target, flags, errors))
+        return Zv::Status::NotStarted;
+    const ZvWaitCursor wait(m_drawing.Host());
+    const bool native = PreSave(format);
+    if (flags & ZvIOFlag::SelectionOnly && !options.selection && m_savedSelection)
+        options.selection = &*m_savedSelection;
+    m_drawing.PostEvent(ZvDrawingEvent::PreSave, native);
+    const Zv::Status status =
+        WriteAndReplace(target, format, m_backupSettings->instantBackup, flags, options, errors);
     if (Zv::Ok(status)) {
         if (!(flags & ZvIOFlag::KeepName)) {
+            SetDrawingFileName(file);
+            m_seen = m_files->Look(target);
+            if (lock.IsFor(target))
+                m_lock = std::move(lock);
             m_lastFormat = format.id;
-            SetDrawingDirty(false);
+            MarkClean();
         }
         m_drawing.PostEvent(ZvDrawingEvent::Saved);
     }
     PostSave();
-    --m_saving;
-    m_drawing.ResumeAutoCleanup();
     return status;
 }
 
@@ -185,11 +187,13 @@ bool ZvDrawingIO::MayReplace(const fs::path& target, uint32_t flags, IOErrorSet&
                 int(ZvCore::IFileSystem::kLongestName));
     else if (there.isFolder)
         AddText(errors, ZvStr::SaveIsFolder, target);
+    else if (there.isSpecial)
+        AddText(errors, ZvStr::SaveIsSpecial, target);
     else if (there.exists && there.isReadOnly)
         AddText(errors, ZvStr::SaveIsReadOnly, target);
     else if (!m_files->CanWriteIn(folder))
         AddText(errors, ZvStr::SaveFolderUnwritable, target, ZvPlatform::PathToUtf8(folder).c_str());
-    else if (const bool ours = m_seen.exists && target == m_files->Resolve(m_fileName);
+    else if (const bool ours = m_seen.exists && target == TargetOf(m_fileName);
              !ours || !there.exists || there == m_seen)
         return true;
     else {
@@ -222,6 +226,8 @@ Zv::Status ZvDrawingIO::WriteAndReplace(const fs::path& target, const ZvFileForm
     HalfFile half(*m_files, format.replacesTarget ? fs::path() : written);
     std::string why;
     const Zv::Status status = Write(written, format, flags, options, errors, why);
+    if (IsNative(format) && status == Zv::Status::NotStarted)
+        half.Release(); // it was not made, so what may be there is not ours
     if (status == Zv::Status::Cancelled)
         return status;
     if (!Zv::Ok(status) || (!direct && !(why = PutInPlace(written, target, keepBackup, errors)).empty())) {
@@ -245,6 +251,7 @@ Zv::Status ZvDrawingIO::Write(const fs::path& file, const ZvFileFormat& format, 
                               ZvFileOptions& options, IOErrorSet& errors, std::string& why) {
     uint64_t unwritten = 0;
     options.unwritten = &unwritten;
+    options.mustBeNew = true; // a temporary file, or a first save: nobody else's is written over
     IZvHost* host = m_drawing.Host();
     const auto progress = host ? host->StartProgress(ZvStrings::GetW(ZvStr::SavingDrawing))
                                : std::unique_ptr<ZvCore::IProgress>(new ZvCore::NoProgress);

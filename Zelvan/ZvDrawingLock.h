@@ -35,6 +35,7 @@ public:
     Outcome Take(ZvCore::IFileSystem& files, const std::filesystem::path& drawing);
     void Release();
     bool IsFor(const std::filesystem::path& drawing) const { return m_files && m_drawing == drawing; }
+    bool IsHeld() const { return m_files != nullptr; }
     const Holder& Other() const { return m_other; }
 
 private:

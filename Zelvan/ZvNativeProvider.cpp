@@ -76,7 +76,8 @@ Zv::Status ZvNativeProvider::Save(ZvDrawing& drawing, const std::filesystem::pat
                                   const ZvFileOptions& options, IOErrorSet& errors,
                                   ZvCore::IProgress& progress) {
     std::string why;
-    const auto stream = FilesOf(options).Open(file, ZvCore::IFileSystem::Mode::Create, why);
+    using Mode = ZvCore::IFileSystem::Mode;
+    const auto stream = FilesOf(options).Open(file, options.mustBeNew ? Mode::CreateNew : Mode::Create, why);
     if (!stream) {
         errors.Add(kCannotOpen, why);
         return Zv::Status::NotStarted;

@@ -219,7 +219,8 @@ ZV_STRING(48515, PeriodicFailed, "Failed: %s\n")
 ZV_STRING(48516, SaveBackupFailed, "The drawing was saved, but without the backup \"%s\": %s")
 ZV_STRING(48517, SaveIsFolder, "\"%s\" is a folder. Give the name of a file in it.")
 ZV_STRING(48518, SaveIsReadOnly,
-          "\"%s\" is marked read-only and is as it was. Take that mark away, or save under another name.")
+          "\"%s\" is marked read-only, or you may only read it, and is as it was. Allow writing to it, or save under "
+          "another name.")
 ZV_STRING(48519, SaveFolderUnwritable,
           "\"%s\" cannot be saved: its folder \"%s\" does not exist or cannot be written to. Choose another folder.")
 ZV_STRING(48520, SaveChangedQuestion,
@@ -240,6 +241,8 @@ ZV_STRING(48526, SaveFailedLeft,
 ZV_STRING(48527, SaveNameTooLong,
           "\"%s\" cannot be saved: the name is %d characters long, and file systems take %d. Choose a shorter name.")
 ZV_STRING(48528, SaveUnknownReason, "the reason is not known")
+ZV_STRING(48529, SaveIsSpecial,
+          "\"%s\" is no file but a device, a pipe or links that lead nowhere, and is as it was. Give the name of a file.")
 
 ZV_STRING(49000, NothingToUndo, "There is nothing to undo.")
 ZV_STRING(49001, CannotUndo, "The previous operation cannot be undone")

@@ -29,7 +29,9 @@ public:
     struct Info {
         bool exists = false;
         bool isFolder = false;
-        bool isReadOnly = false; ///< its owner marked it so
+        bool isSpecial =
+            false; ///< neither file nor folder: a device, a pipe, links that lead round in a circle
+        bool isReadOnly = false; ///< marked so, or this user may not write to it
         uint64_t length = 0;
         DateTime modified;
         friend bool operator==(const Info&, const Info&) = default;
@@ -53,8 +55,11 @@ public:
     /// Waits until what happened to names in the folder is on the medium.
     virtual std::string SyncFolder(const Path& folder) = 0;
     virtual bool CanWriteIn(const Path& folder) = 0;
-    /// The file at the end of a chain of links; the path itself when it is no link.
+    /// What stands at the end of a chain of links, be it there or not; the path itself when it is no link, or one that leads round in
+    /// a circle.
     virtual Path Resolve(const Path& path) = 0;
+    /// The path from the root on: what it means does not change with the folder that the program works in.
+    virtual Path Absolute(const Path& path) { return path; }
     /// `from` takes the place of `to`, whose former content is kept as `backup` (replacing what is there). The name `to` is never
     /// without a file. This form links or copies, and renames; a system with a call of its own uses that.
     virtual std::string ReplaceKeeping(const Path& from, const Path& to, const Path& backup);

@@ -7,6 +7,13 @@ namespace ZvCore {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// As many as Linux follows.
+constexpr int kMostLinks = 40;
+
+} // namespace
+
 IFileSystem& IFileSystem::System() {
     static SystemFileSystem files;
     return files;
@@ -61,9 +68,23 @@ bool SystemFileSystem::CanWriteIn(const Path& folder) {
 }
 
 fs::path SystemFileSystem::Resolve(const Path& path) {
+    Path at = path;
     std::error_code error;
-    const Path resolved = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : Path();
-    return error || resolved.empty() ? path : resolved;
+    for (int links = 0; links < kMostLinks; ++links) {
+        if (!fs::is_symlink(at, error))
+            return at;
+        const Path next = fs::read_symlink(at, error);
+        if (error)
+            return at;
+        at = at.parent_path() / next; // an absolute one takes the place of the whole
+    }
+    return path;
+}
+
+fs::path SystemFileSystem::Absolute(const Path& path) {
+    std::error_code error;
+    const Path absolute = path.empty() ? Path() : fs::absolute(path, error);
+    return error || absolute.empty() ? path : absolute;
 }
 
 std::string SystemFileSystem::ReplaceKeeping(const Path& from, const Path& to, const Path& backup) {

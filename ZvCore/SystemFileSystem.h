@@ -16,6 +16,7 @@ public:
     std::string SyncFolder(const Path& folder) override;
     bool CanWriteIn(const Path& folder) override;
     Path Resolve(const Path& path) override;
+    Path Absolute(const Path& path) override;
     std::string ReplaceKeeping(const Path& from, const Path& to, const Path& backup) override;
 };
 

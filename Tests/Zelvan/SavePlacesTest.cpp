@@ -6,6 +6,9 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <set>
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
 
 namespace {
 
@@ -218,3 +221,42 @@ TEST(SavePlaces, AClockThatGoesBackLosesNoBackup) {
     EXPECT_TRUE(Zv::Ok(world.Save()));
     EXPECT_TRUE(world.host.Questions().empty());
 }
+
+TEST(SavePlaces, ARelativeNameMeansTheSameFileInAnotherFolder) {
+    ScratchFolder folder;
+    DrawingOnDisk world;
+    ZvDrawingIO& io = *world.drawing.DrawingIO();
+    io.SetFiles(ZvCore::IFileSystem::System());
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.Path());
+    EXPECT_TRUE(Zv::Ok(world.SaveAs("plan.zvd"))) << world.errors.ToString();
+    fs::current_path(before);
+    EXPECT_TRUE(Zv::Ok(world.SaveAs(io.DrawingFileName()))) << world.errors.ToString();
+    EXPECT_EQ(folder.CountFiles(), 3u) << "drawing, backup, lock";
+    io.ForgetDrawingFileName();
+    EXPECT_EQ(folder.CountFiles(), 2u);
+}
+
+#ifndef _WIN32
+TEST(SavePlaces, WhatIsNoFileIsNotReplaced) {
+    ScratchFolder folder;
+    ASSERT_EQ(mkfifo((folder / "pipe.zvd").c_str(), 0600), 0);
+    fs::create_symlink("round2.zvd", folder / "round1.zvd");
+    fs::create_symlink("round1.zvd", folder / "round2.zvd");
+    fs::create_symlink("further.zvd", folder / "link.zvd");
+    fs::create_symlink("real.zvd", folder / "further.zvd");
+    DrawingOnDisk world;
+    world.drawing.DrawingIO()->SetFiles(ZvCore::IFileSystem::System());
+    for (const char* name : {"pipe.zvd", "round1.zvd"}) {
+        EXPECT_FALSE(Zv::Ok(world.SaveAs(folder / name)));
+        EXPECT_EQ(world.errors.Items().size(), 1u);
+        EXPECT_NE(world.errors.ToString().find("is no file"), std::string::npos) << world.errors.ToString();
+    }
+    EXPECT_TRUE(fs::is_fifo(folder / "pipe.zvd"));
+    EXPECT_TRUE(fs::is_symlink(folder / "round1.zvd"));
+    for (int i = 0; i < 2; ++i) // the first makes what the links lead to
+        EXPECT_TRUE(Zv::Ok(world.SaveAs(folder / "link.zvd"))) << world.errors.ToString();
+    EXPECT_TRUE(fs::is_symlink(folder / "link.zvd") && fs::is_symlink(folder / "further.zvd"));
+    EXPECT_TRUE(fs::is_regular_file(folder / "real.zvd") && fs::is_regular_file(folder / "real.zvd.bak"));
+}
+#endif

@@ -6,6 +6,8 @@
 #include "Zelvan/Entities/ZvXLine.h"
 #include "Zelvan/Ports/ZvSilentHost.h"
 #include "Zelvan/Tables/ZvLayerTable.h"
+#include "Zelvan/Tables/ZvLayout.h"
+#include "Zelvan/Tables/ZvLayoutTable.h"
 #include "Zelvan/Verbs/ZvVerb.h"
 #include "Zelvan/View/ZvView.h"
 #include "Zelvan/ZvDrawing.h"
@@ -256,6 +258,15 @@ TEST_F(ZvDrawingIOTest, DirtyIsSuppressedUntilItsTime) {
     EXPECT_TRUE(drawing->IsModified());
     drawing->ResetModified();
     EXPECT_FALSE(io->IsUnsaved());
+}
+
+TEST_F(ZvDrawingIOTest, ASaveMakesTheDrawingsOfLayoutsCleanToo) {
+    ZvDrawing& sheet = *drawing->LayoutTable()->InsertNew(u"Sheet")->Drawing();
+    sheet.SetModified();
+    ASSERT_TRUE(drawing->IsModified());
+    ASSERT_EQ(io->SaveFile(folder / "a.zvd"), Zv::Status::Success);
+    EXPECT_FALSE(sheet.IsModified());
+    EXPECT_FALSE(drawing->IsModified());
 }
 
 // --- the native format ---------------------------------------------------------------------------------------------

@@ -2,12 +2,14 @@
 #include "ScratchFolder.h"
 #include "ZvCore/Platform/Platform.h"
 #include "ZvdRun.h"
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -55,5 +57,28 @@ TEST(ZvdKilled, SavesLeaveTheOldOrTheNewDrawingAndRecoverTidiesUp) {
         changed += entities == 30000;
     }
     std::printf("  %d of %d saves killed, %d times the new drawing was there\n", killed, Kills(), changed);
+}
+
+TEST(ZvdTogether, ProgramsThatEditOneFileLoseNoneOfTheirSaves) {
+    const ScratchFolder folder;
+    const std::string plan = Quote(folder / "plan.zvd");
+    WriteFile(folder / "script.txt", "add point 1,2\nsave\n");
+    ASSERT_EQ(RunZvd(folder.Path(), "edit --new " + plan + " " + Quote(folder / "script.txt")).code, 0);
+    std::atomic<int> points = 1;
+    std::vector<std::thread> programs;
+    for (int i = 0; i < 6; ++i)
+        programs.emplace_back([&, i] {
+            const std::filesystem::path own = folder / ("run" + std::to_string(i));
+            std::filesystem::create_directory(own);
+            for (int j = 0; j < 4; ++j)
+                points += RunZvd(own, "edit " + plan + " " + Quote(folder / "script.txt")).code == 0;
+        });
+    for (std::thread& program : programs)
+        program.join();
+    const ZvdRun info = RunZvd(folder.Path(), "info --json " + plan);
+    EXPECT_EQ(nlohmann::json::parse(info.out, nullptr, false)["entities"], points.load())
+        << "a save that was reported as done was written over";
+    EXPECT_GT(points, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder / "plan.zvd.lock"));
 }
 #endif

@@ -26,6 +26,12 @@ ZvCore::IFileSystem::Info FactsOf(const std::filesystem::path& path) {
                                       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle != INVALID_HANDLE_VALUE) {
         BY_HANDLE_FILE_INFORMATION info{};
+        if (GetFileType(handle) != FILE_TYPE_DISK) {
+            CloseHandle(handle);
+            ZvCore::IFileSystem::Info facts;
+            facts.exists = facts.isSpecial = true;
+            return facts;
+        }
         const bool known = GetFileInformationByHandle(handle, &info);
         CloseHandle(handle);
         if (known)
