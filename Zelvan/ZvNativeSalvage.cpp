@@ -175,6 +175,19 @@ bool UndoText(Bytes& bytes) {
     return true;
 }
 
+/// Of compressed bytes every 65,536th is a carriage return with a line feed behind it. A long file that has hardly any, and is too short by
+/// about as many bytes, went through a transfer as text.
+bool SeemsToLackReturns(const Bytes& bytes, const Result& result) {
+    constexpr uint64_t kLong = uint64_t(1) << 19, kMostOften = uint64_t(1) << 13;
+    const uint64_t lacking = result.statedLength > bytes.size ? result.statedLength - bytes.size : 0;
+    if (bytes.size < kLong || lacking == 0 || lacking > bytes.size / kMostOften)
+        return false;
+    uint64_t pairs = 0; // of two returns one is left
+    for (uint64_t i = 1; i < bytes.size; ++i)
+        pairs += bytes.data[i] == '\n' && bytes.data[i - 1] == '\r';
+    return pairs <= lacking / 16;
+}
+
 ZvNativeCheck::Result Examine(ZvCore::IFile& file, const ZvNativeSalvage::Options& options) {
     ZvNativeCheck::Options examine;
     examine.maxFindings = 1;
@@ -231,6 +244,7 @@ void Search(const Bytes& bytes, ZvDrawing& drawing, const ZvNativeSalvage::Optio
     }
     if (!HoldsAnything(found.section))
         return;
+    result.lostReturns = SeemsToLackReturns(bytes, result);
     result.stated = StatedBy(found.section, found.records ? found.records : bytes.size);
     AssignHeadless(found.section);
     SettleNames(found.section);

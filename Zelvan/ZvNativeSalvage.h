@@ -48,6 +48,7 @@ public:
         bool solid = false;
         bool wasText =
             false; ///< every line feed had got a carriage return: positions are those without these
+        bool lostReturns = false; ///< it seems that a transfer as text took carriage returns away
         bool headerLost = false, settingsLost = false, clientsLost = false;
         uint64_t fileLength = 0;
         uint64_t statedLength = 0;  ///< of the file, by its header; 0 when that is lost

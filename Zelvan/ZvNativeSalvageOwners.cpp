@@ -173,7 +173,8 @@ void ZvNativeSalvageScan::TakeRecords(uint64_t at, ZvSalvaged::Records records) 
 }
 
 uint64_t ZvNativeSalvageScan::TakeStretch(const uint8_t* bytes, uint64_t size, uint64_t at) {
-    const std::vector<ZvNativeSalvageRecords::Place> places = m_records->Search(bytes, size);
+    const std::vector<ZvNativeSalvageRecords::Place> places =
+        m_records->Search(bytes, size, [&] { return Step(at); });
     // What was cut out or put in lies behind the records that chain from the start.
     uint64_t chained = !places.empty() && places[0].at <= sizeof(int64_t) ? places[0].at : kUnknown;
     for (size_t next = 0; next < places.size();) {

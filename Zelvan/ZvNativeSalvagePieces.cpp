@@ -276,7 +276,7 @@ uint64_t ZvNativeSalvageScan::DamagedBlock(uint64_t at, const Block& block) {
     const ZvSalvaged::Bytes& content = block.content;
     ZvSalvaged::Records records;
     records.doubtful = true;
-    for (const auto& place : m_records->Search(content.data(), content.size())) {
+    for (const auto& place : m_records->Search(content.data(), content.size(), [&] { return Step(at); })) {
         const auto from = content.begin() + ptrdiff_t(place.at);
         records.bytes.insert(records.bytes.end(), from, from + ptrdiff_t(place.length));
         ++records.count;

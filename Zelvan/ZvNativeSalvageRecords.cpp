@@ -10,6 +10,7 @@ namespace {
 constexpr uint32_t kAssignedFlags = 0x8000037F;
 /// Bytes of supposed records that a search looks at for one byte of what it searches: contrived bytes could hold it up for long.
 constexpr uint64_t kEffortPerByte = 64;
+constexpr uint64_t kAskEvery = uint64_t(1) << 16;
 constexpr uint64_t kLeastEffort = uint64_t(1) << 20;
 
 class Counter final : public IZvNativeVisitor {
@@ -114,15 +115,21 @@ uint64_t ZvNativeSalvageRecords::Overrun(const uint8_t* bytes, uint64_t size, ui
     return 0;
 }
 
-std::vector<ZvNativeSalvageRecords::Place> ZvNativeSalvageRecords::Search(const uint8_t* bytes,
-                                                                          uint64_t size) {
+std::vector<ZvNativeSalvageRecords::Place> ZvNativeSalvageRecords::Search(const uint8_t* bytes, uint64_t size,
+                                                                          const std::function<bool()>& goOn) {
     std::vector<Place> found;
     uint64_t at = 0;
     if (size >= 8 && !MayBegin(bytes, size, false) && MayBegin(bytes + 8, size - 8, false))
         at = 8; // behind the count of the list
     bool chained = true;
     uint64_t effort = kLeastEffort + size * kEffortPerByte;
+    uint64_t asked = 0;
     while (size - at >= m_header.entityHeadSize && effort > 0) {
+        if (at - asked >= kAskEvery) {
+            asked = at;
+            if (!goOn())
+                break;
+        }
         const uint64_t length = MayBegin(bytes + at, size - at, !chained);
         effort -= std::min(effort, chained ? 1 : length + 1);
         const bool follows = length && IsFollowed(bytes + at + length, size - at - length);

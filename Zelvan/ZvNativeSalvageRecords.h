@@ -3,6 +3,7 @@
 #include "Zelvan/ZvNativeSalvageModel.h"
 #include "Zelvan/ZvNativeWalk.h"
 #include <cstdint>
+#include <functional>
 #include <map>
 
 /// Tells entity records from other bytes, and finds them among bytes that are damaged.
@@ -20,7 +21,8 @@ public:
     };
     /// What records there are among the bytes: first those that chain from the start, then, wherever the chain breaks, from the
     /// next record on whose payload makes sense, or which another follows where nothing but the length is known of its kind.
-    std::vector<Place> Search(const uint8_t* bytes, uint64_t size);
+    /// `goOn` is asked every 64 KiB; when it says no the search ends.
+    std::vector<Place> Search(const uint8_t* bytes, uint64_t size, const std::function<bool()>& goOn);
     /// The clients of the records of a sound list, for files that lost their list of them; without effect for others.
     void LearnClients(const ZvSalvaged::Records& list);
 

@@ -47,6 +47,7 @@ nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, co
             {"whole", result.isWhole},
             {"solid", result.solid},
             {"wasText", result.wasText},
+            {"lostReturns", result.lostReturns},
             {"length", result.fileLength},
             {"statedLength", result.statedLength},
             {"bodyLength", result.bodyLength},
@@ -77,6 +78,9 @@ void PrintLengths(const Console& console, const Result& result) {
         console.Line(
             "  a transfer as text had put a carriage return in front of every line feed; that was undone" +
             std::string(result.isWhole ? "" : ", positions are those without these"));
+    if (result.lostReturns)
+        console.Line("  a transfer as text seems to have taken carriage returns away; "
+                     "fetch the file again, as binary, to lose nothing");
     if (result.statedLength > result.fileLength)
         console.Line("  the file ends after " + Console::Grouped(result.fileLength) + " of the " +
                      Count(result.statedLength, "byte") + " that its header states");
