@@ -123,8 +123,9 @@ uint64_t ZvNativeSalvageScan::ContentsHead(uint64_t at, bool take) {
         BeginLayout(index, Original(at) + length);
         return SectionHead(held, true);
     }
-    // Of a zero byte and a head of small numbers the same fields come, each 256 times as great.
-    if (!ChainMayBeTrue(at) || (m_bytes[at] == 0 && ChainMayBeTrue(at + 1)))
+    // From the byte in front of a head on the same fields are read, each 256 times as great.
+    const bool maySlip = Has(held, kChainHead) && Load<uint8_t>(m_bytes + held + 16) == 0;
+    if (!ChainMayBeTrue(at) || (maySlip && ChainMayBeTrue(at + 1)))
         return 0;
     if (!take)
         return held + kChainHead;
