@@ -96,6 +96,7 @@ void Tell(const Table& table, uint32_t code, const std::string& sheet, const Kno
         if (told.read < told.saved) { // under a name that the file does not have
             told.renamed = !result.isWhole;
             told.read = told.saved;
+            told.doubtful = told.renamed ? told.saved : 0;
         }
         told.name = name;
         told.sheet = sheet;
