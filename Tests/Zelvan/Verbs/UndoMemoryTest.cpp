@@ -7,7 +7,15 @@
 #include "Zelvan/DrawingAux/ZvUndoSettings.h"
 #include "Zelvan/Entities/ZvPointEnt.h"
 #include "Zelvan/Verbs/ZvVAggregate.h"
+#include "Zelvan/Verbs/ZvVChangeSS.h"
 #include "Zelvan/Verbs/ZvVConvert.h"
+#include "Zelvan/Verbs/ZvVDrawOrder.h"
+#include "Zelvan/Verbs/ZvVEntNewDualSource.h"
+#include "Zelvan/Verbs/ZvVMoveGrip.h"
+#include "Zelvan/Verbs/ZvVRecordModify.h"
+#include "Zelvan/Verbs/ZvVRecordNew.h"
+#include "Zelvan/Verbs/ZvVTextChange.h"
+#include "Zelvan/ZvBNode.h"
 #include "Zelvan/Verbs/ZvVEntModify.h"
 #include "Zelvan/Verbs/ZvVEntNew.h"
 #include "Zelvan/Verbs/ZvVEntTiny.h"
@@ -100,6 +108,64 @@ TEST_F(UndoMemoryTest, MemoryOfVerbsIsWhatTheHeapGetsBack) {
              return verb;
          },
          true},
+        {"select all", 1, [&](int) { return new ZvVChangeSS(All()); }, false},
+        {"select one", 500, [&](int i) { return new ZvVChangeSS(One(i)); }, false},
+        {"order", 1,
+         [&](int) {
+             auto* verb = new ZvVDrawOrder(All());
+             verb->Bring(ZvEntityOrder::ToBack);
+             return verb;
+         },
+         false},
+        {"grips", 1,
+         [&](int) {
+             auto* verb = new ZvVMoveGrip(&drawing);
+             for (ZvEntity* line : lines)
+                 verb->AddGripPair(*line, 3, line->Bounds3D().Center());
+             return verb;
+         },
+         false},
+        {"attributes", 1,
+         [&](int) {
+             auto* verb = new ZvVPropertyChange(All());
+             verb->SetAttribute(u"owner", XStringW(u"a name that is rather long"), true);
+             return verb;
+         },
+         false},
+        {"texts", 1,
+         [&](int) {
+             auto* verb = new ZvVTextChange(drawing);
+             for (const ZvEntity* line : lines)
+                 verb->AddAttribute(*line, u"owner", u"another name that is long");
+             return verb;
+         },
+         false},
+        {"copies with attributes", 1,
+         [&](int) {
+             auto* verb = new ZvVEntModify(&drawing);
+             for (ZvEntity* line : lines) {
+                 std::unique_ptr<ZvEntity> copy = line->Clone();
+                 copy->Translate({1, 0, 0});
+                 verb->AddOriginalAndModified(*line, std::move(copy));
+             }
+             return verb;
+         },
+         false},
+        {"new from two", 500,
+         [&](int i) {
+             auto* verb = new ZvVEntNewDualSource(&drawing);
+             verb->AddDualSourceTripple(AddLine("0,0 1,1", u"Else"), lines[size_t(i)], lines[size_t(i + 1)]);
+             return verb;
+         },
+         false},
+        {"records", 200, [&](int) { return new ZvVRecordNew(*drawing.LayerTable(), XStringW()); }, true},
+        {"record names", 200,
+         [&](int i) {
+             auto* verb = new ZvVRecordModify(*drawing.LayerTable()->GetByName(u"Else"));
+             verb->Set("Description", XStringW::Format("the %d-th description of the layer", i));
+             return verb;
+         },
+         false},
         {"aggregate", 200,
          [&](int i) {
              auto* verb = new ZvVAggregate(&drawing);
