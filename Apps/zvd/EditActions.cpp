@@ -107,8 +107,14 @@ bool EditSession::Grip(const EditLine& line, EditOutcome& outcome) {
     if (!ResolveSome(line.words[0], what, outcome))
         return false;
     auto verb = std::make_unique<ZvVMoveGrip>(&m_drawing);
-    if (what.Count() != 1 || !verb->AddGripPair(*what.GetEntity(0), int(*index), *to))
-        return Refuse(outcome, "'" + line.words[0] + "' is no one entity with a grip " + line.words[1]);
+    if (what.Count() != 1)
+        return Refuse(outcome, "'" + line.words[0] + "' means " + std::to_string(what.Count()) +
+                                   " entities: name the one whose grip goes elsewhere");
+    ZvGrips grips;
+    what.GetEntity(0)->GetGrips(grips);
+    if (!verb->AddGripPair(*what.GetEntity(0), int(*index), *to))
+        return Refuse(outcome, "'" + line.words[0] + "' has no grip " + line.words[1] + ": it has " +
+                                   std::to_string(grips.size()) + ", counted from 0");
     return Do(std::move(verb), outcome);
 }
 

@@ -39,6 +39,8 @@ ExitCode RunLines(const Console& console, std::istream& script, const EditArgume
     for (int number = 1; std::getline(script, text); ++number) {
         if (ZvPlatform::WasInterrupted())
             return console.Fail(ExitCode::Interrupted, "interrupted before line " + std::to_string(number));
+        if (number == 1 && text.starts_with("\xEF\xBB\xBF"))
+            text.erase(0, 3); // the mark that some editors put in front of UTF-8
         EditLine line;
         EditOutcome outcome;
         if (EditLine::Parse(text, line, outcome.text)) {

@@ -51,7 +51,10 @@ bool EditSession::Units(const EditLine& line, EditOutcome& outcome) {
     verb->Set("Scale", unit->perWorldUnit);
     verb->Set("UnitName", unit->name);
     verb->Set("UnitAbbr", unit->abbreviation);
-    return Do(std::move(verb), outcome);
+    if (!Do(std::move(verb), outcome))
+        return false;
+    outcome.text = "numbers are in " + line.words[0] + " from here on";
+    return true;
 }
 
 bool EditSession::Measure(const EditLine& line, EditOutcome& outcome) {

@@ -66,6 +66,14 @@ ZvTableRecord* EditSession::FindRecord(const std::string& table, const std::stri
 
 // --- what all records can do ------------------------------------------------------------------------------------
 
+/// What is done says to which record.
+bool EditSession::DoNamed(std::unique_ptr<ZvVerb> verb, const std::string& name, EditOutcome& outcome) {
+    if (!Do(std::move(verb), outcome))
+        return false;
+    outcome.text += " '" + name + "'";
+    return true;
+}
+
 /// The words behind the name of the table: new NAME, delete NAME, rename OLD NEW.
 bool EditSession::Record(const std::string& table, const std::vector<std::string>& words,
                          EditOutcome& outcome) {
@@ -78,7 +86,7 @@ bool EditSession::Record(const std::string& table, const std::vector<std::string
             return Refuse(outcome, "there is a " + table + " '" + words[1] + "' already");
         if (!records->IsNewNameValid(name))
             return Refuse(outcome, "'" + words[1] + "' cannot be a name");
-        return Do(std::make_unique<ZvVRecordNew>(*records, name), outcome);
+        return DoNamed(std::make_unique<ZvVRecordNew>(*records, name), words[1], outcome);
     }
     ZvTableRecord* record = FindRecord(table, words[1], outcome);
     if (!record)
@@ -87,7 +95,7 @@ bool EditSession::Record(const std::string& table, const std::vector<std::string
         auto verb = std::make_unique<ZvVRecordErase>(*record);
         return verb->IsNullOp()
                    ? Refuse(outcome, "the drawing cannot do without the " + table + " '" + words[1] + "'")
-                   : Do(std::move(verb), outcome);
+                   : DoNamed(std::move(verb), words[1], outcome);
     }
     if (words[0] != "rename" || words.size() != 3)
         return Refuse(outcome, "write: " + table + " new|delete NAME, or: " + table + " rename OLD NEW");
@@ -97,7 +105,7 @@ bool EditSession::Record(const std::string& table, const std::vector<std::string
         return Refuse(outcome, "'" + words[2] + "' cannot be a name");
     auto verb = std::make_unique<ZvVRecordModify>(*record);
     verb->Set("Name", XStringW::FromUtf8(words[2]));
-    return Do(std::move(verb), outcome);
+    return DoNamed(std::move(verb), words[2], outcome);
 }
 
 bool EditSession::AnyRecord(const EditLine& line, EditOutcome& outcome) {
@@ -120,7 +128,7 @@ bool EditSession::Layer(const EditLine& line, EditOutcome& outcome) {
     const std::string& what = line.words[0];
     if (what == "merge" && line.words.size() == 3)
         return MergeLayers(line, outcome);
-    if (what != "edit" || line.settings.empty())
+    if (what != "edit")
         return Record("layer", line.words, outcome);
     ZvLayer* layer = FindLayer(line.words[1], outcome);
     return layer && EditLayer(*layer, line, outcome);
@@ -143,6 +151,8 @@ bool EditSession::MergeLayers(const EditLine& line, EditOutcome& outcome) {
 }
 
 bool EditSession::EditLayer(ZvLayer& layer, const EditLine& line, EditOutcome& outcome) {
+    if (line.settings.empty())
+        return Refuse(outcome, "nothing to set: write for example: layer edit NAME color=Red");
     auto verb = std::make_unique<ZvVRecordModify>(layer);
     for (const auto& [key, value] : line.settings) {
         if (key == "color")

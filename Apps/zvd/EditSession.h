@@ -84,6 +84,7 @@ private:
 
     /// Says what could not be changed, too. True where there was nothing to change.
     bool Do(std::unique_ptr<ZvVerb> verb, EditOutcome& outcome);
+    bool DoNamed(std::unique_ptr<ZvVerb> verb, const std::string& name, EditOutcome& outcome);
     bool Transform(const std::string& what, const Mat4d& xform, EditOutcome& outcome);
     bool Switch(const std::string& which, uint16_t flag, bool on, EditOutcome& outcome);
     bool Record(const std::string& table, const std::vector<std::string>& words, EditOutcome& outcome);

@@ -12,6 +12,7 @@
 #include "Zelvan/Verbs/ZvVModify.h"
 #include "Zelvan/Verbs/ZvVTextChange.h"
 #include "Zelvan/ZvDrawing.h"
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -25,6 +26,11 @@ dvect<Vec4d> PointsOf(const ZvEntity& entity) {
     else if (entity.IsMLVEntity())
         entity.MLVGetLinearVertices(points);
     return points;
+}
+
+/// Exactly: as they are stored.
+bool SamePoints(const dvect<Vec4d>& a, const dvect<Vec4d>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
 /// Null where the entity cannot become that: of another kind, or with too few points.
@@ -108,20 +114,23 @@ bool EditSession::Round(const EditLine& line, EditOutcome& outcome) {
     if (!ResolveSome(line.words[0], what, outcome))
         return false;
     auto verb = std::make_unique<ZvVEntModify>(&m_drawing);
+    bool haveVertices = false;
     for (int i = 0; i < what.Count(); ++i) {
         ZvEntity& entity = *what.GetEntity(i);
         if (!entity.IsMLVEntity())
             continue;
+        haveVertices = true;
         dvect<Vec4d> vertices = PointsOf(entity);
         for (Vec4d& vertex : vertices) {
             vertex.x = std::round(vertex.x / *step) * *step;
             vertex.y = std::round(vertex.y / *step) * *step;
         }
         std::unique_ptr<ZvEntity> rounded = entity.Clone();
-        if (XStringW reason; rounded->MLVSetLinearVertices(vertices) && rounded->OkForInsertion(&reason))
+        if (XStringW reason; rounded->MLVSetLinearVertices(vertices) && rounded->OkForInsertion(&reason) &&
+                             !SamePoints(PointsOf(*rounded), PointsOf(entity)))
             verb->AddOriginalAndModified(entity, std::move(rounded));
     }
-    return verb->IsNullOp() ? Refuse(outcome, "nothing there has vertices") : Do(std::move(verb), outcome);
+    return haveVertices ? Do(std::move(verb), outcome) : Refuse(outcome, "nothing there has vertices");
 }
 
 bool EditSession::Hide(const EditLine& line, EditOutcome& outcome) {

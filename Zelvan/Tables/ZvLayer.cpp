@@ -1,6 +1,5 @@
 #include "Zelvan/Tables/ZvLayer.h"
 #include "Zelvan/DrawingAux/ZvAttributeTable.h"
-#include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
 #include "Zelvan/Tables/ZvBlockTable.h"
 #include "Zelvan/Tables/ZvNameIntake.h"
@@ -112,18 +111,7 @@ void ZvLayer::OnInserted() {
         m_tree->SetHeap(&drawing->EntityHeap());
 }
 
-/// Verbs that use the layer or what is on it go first: names and addresses are given out again.
 void ZvLayer::OnRemoving() {
-    ZvDrawing* drawing = GetParentDrawing();
-    ZvVerbStack* verbs = drawing && !drawing->Destroying() ? drawing->Verbs() : nullptr;
-    if (verbs && verbs->StackSize() > 0 && GetTable()->IsRecordInTable(this)) {
-        verbs->PurgeUndoForLayer(this);
-        ZvSelection contents(drawing);
-        contents.BeginUniqueInsertion();
-        m_tree->ForEach([&](ZvEntity* entity) { contents.Insert(entity); });
-        contents.FinishUniqueInsertion();
-        verbs->PurgeUndoForEntities(&contents);
-    }
     DeleteEntities();
 }
 

@@ -236,6 +236,9 @@ TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {
         {"record colour new Red", "known are layer"},
         {"record linetype new", "write: record"},
         {"record linetype new ByLayer", "cannot be a name"},
+        {"describe block Plots x", "record block new"},
+        {"layer edit 0", "nothing to set"},
+        {"layer edit 0 color=nix", "changed nothing: Color"},
         {"describe linetype Dots x", "there is no linetype"},
         {"save nowhere/at/all.zvd", "cannot save"},
     };
@@ -246,8 +249,38 @@ TEST_F(ZvdEdit, StopsAtWhatCannotBeDoneWithNothingSaved) {
         EXPECT_NE(run.err.find(c.says), std::string::npos) << c.line << ": " << run.err;
         EXPECT_FALSE(fs::exists(m_folder / "plan.zvd")) << c.line;
     }
-    EXPECT_EQ(Edit("bogus\nadd point 1,1\nsave\n", "--new --keep-going").code, 1);
+    EXPECT_EQ(Edit("\xEF\xBB\xBF"
+                   "bogus\r\nadd point 1,1\r\nsave\r\n",
+                   "--new --keep-going")
+                  .code,
+              1);
     EXPECT_EQ(Info()["entities"], 1);
+}
+
+TEST_F(ZvdEdit, SaysWhatALineLeftAsItWas) {
+    const ZvdRun run = Edit(R"(layer new Plots
+add polyline 0,0 9,9 layer=Plots
+add point 1,1
+layer edit Plots visible=no color=nix
+hide 1
+hide 1
+round 1 1
+tolayer 1 Plots
+property all width=Points:2 color=Red
+attribute 2 owner=Anna
+attribute 2 owner=Anna
+text 2 owner Anna
+history
+add polyline 0,0 1,1 layer=Plots
+)");
+    EXPECT_EQ(run.code, 0) << run.err;
+    for (const char* text :
+         {"1: New Record 'Plots'\n", "4: Edit Record; not all of it: Color",
+          "6: Change Attributes: nothing to", "7: Modify: nothing to change",
+          "8: Move to Layer: nothing to change", "; not all of it: ", "11: Change Properties: nothing to",
+          "12: Change Text: nothing to", "13: 7 steps to undo",
+          "14: Create: 1; 1 objects were created on layers that are not visible."})
+        EXPECT_NE(run.out.find(text), std::string::npos) << text << " in\n" << run.out;
 }
 
 TEST_F(ZvdEdit, TellsEachLineAsJson) {

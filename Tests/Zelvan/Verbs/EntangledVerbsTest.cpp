@@ -2,9 +2,7 @@
 #include "Tests/Support/VerbTestDrawing.h"
 #include "Zelvan/DrawingAux/ZvUndoSettings.h"
 #include "Zelvan/Verbs/ZvVAggregate.h"
-#include "Zelvan/Verbs/ZvVEntNew.h"
 #include "Zelvan/Verbs/ZvVErase.h"
-#include "Zelvan/Verbs/ZvVModify.h"
 #include "Zelvan/Verbs/ZvVMoveToLayer.h"
 #include "Zelvan/Verbs/ZvVTransform.h"
 #include <functional>
@@ -123,28 +121,21 @@ TEST_F(EntangledVerbsTest, DeletionForGoodRunsWithUndoSwitchedOffAndReachesUndon
     EXPECT_TRUE(errors.Entries().empty());
 }
 
-TEST_F(EntangledVerbsTest, LayerDeletedForGoodTakesTheVerbsThatNeedIt) {
-    const ZvErrorCapture errors;
-    SetLabel(road, 7);
-    ZvEntity* heir = AddLine("1,1 2,2", u"Heirs");
+TEST_F(EntangledVerbsTest, VerbsOfALayerThatIsDeletedForGoodReportOrArePurged) {
+    const auto deleteRivers = [&](Meddling&) { EXPECT_TRUE(drawing.LayerTable()->DeleteRecord(u"Rivers")); };
     ZvEntity* moved = AddLine("3,3 4,4", u"Rivers");
-    drawing.DoVerb(Move(moved)); // on a layer that stays, but the entity will not
-    drawing.DoVerb(Move(river));
-    auto* replace = new ZvVModify(&drawing); // keeps the row that it gave
-    replace->Add1To1(road, heir);
-    drawing.DoVerb(replace);
-    drawing.DoVerb(new ZvVMoveToLayer(*Layer(u"Heirs"), Set({moved})));
-    const int section = stack.VerbBeginSection();
-    drawing.DoVerb(Move(heir));
-    EXPECT_TRUE(drawing.LayerTable()->DeleteRecord(u"Heirs"));
-    EXPECT_EQ(stack.StackSize(), 1);
-    EXPECT_FALSE(stack.VerbEndSection(section, ZvVerbStack::kSectionRollBack)) << "it has lost its verb";
+    drawing.DoVerb(Move(road));
+    drawing.DoVerb(new ZvVMoveToLayer(*Layer(u"Roads"), Set({moved})));
+    auto* gone = new Meddling(Set({river, road}), deleteRivers);
+    EXPECT_NE(drawing.DoVerb(gone), 0) << "it has moved the road";
+    const ZvErrorCapture errors;
     EXPECT_TRUE(stack.Undo());
-    EXPECT_DOUBLE_EQ(river->Bounds3D().minX, 0);
-    EXPECT_TRUE(stack.Redo());
-
-    const auto deleteLayer = [&](Meddling&) { EXPECT_TRUE(drawing.LayerTable()->DeleteRecord(u"Rivers")); };
-    EXPECT_EQ(drawing.DoVerb(new Meddling(Set({river}), deleteLayer)), 0);
+    EXPECT_TRUE(errors.Has(int(ZvErrorCode::VerbEntityGone)));
+    EXPECT_TRUE(stack.Undo());
+    EXPECT_TRUE(errors.Has(int(ZvErrorCode::VerbLayerGone)));
+    EXPECT_TRUE(stack.Undo());
+    EXPECT_DOUBLE_EQ(road->Bounds3D().minX, 10) << "others go on as ever";
+    stack.Redo();
+    stack.PurgeUndoForLayer(Layer(u"Roads"));
     EXPECT_EQ(stack.StackSize(), 0);
-    EXPECT_TRUE(errors.Entries().empty());
 }
