@@ -177,6 +177,7 @@ bool UndoMarathon::DoOne() {
     const size_t before = size_t(stack.Position());
     m_states.resize(before + 1);
     const bool didSomething = stack.DoVerb(verb.release()) != 0;
+    m_kept += didSomething;
     if (didSomething)
         m_states.push_back(Save());
     while (m_states.size() > size_t(stack.Position()) + 1) // the oldest verbs went for the budget
@@ -353,11 +354,11 @@ bool UndoMarathon::Section() {
     if (barrier && (stack.Undo() || !Expect(m_states.back(), "an undo that a section bars")))
         return Fail("a section did not bar the undo");
     const int start = stack.Position();
-    int done = -stack.VerbsExecuted();
+    int done = -m_kept;
     for (uint32_t count = Below(4); count > 0; --count)
         if (!DoOne())
             return false;
-    done += stack.VerbsExecuted();
+    done += m_kept;
     const bool isWhole = stack.Position() >= done; // else the budget has cost verbs of its own
     if (stack.VerbEndSection(id, rollBack ? ZvVerbStack::kSectionRollBack : 0) != (isWhole || !rollBack))
         return Fail("a section of " + std::to_string(done) + " verbs behind " + std::to_string(start) +

@@ -103,6 +103,7 @@ private:
     uint64_t m_seed;
     uint64_t m_step = 0;
     int m_round = 0;
+    int m_kept = 0;             ///< verbs that stayed on the stack when they were done
     int64_t m_formerBudget = 0; ///< application setting
     std::mt19937_64 m_random;
     std::unique_ptr<ZvDrawing> m_drawing;
