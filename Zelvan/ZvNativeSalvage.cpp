@@ -7,6 +7,7 @@
 #include "Zelvan/ZvNativeCheck.h"
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvNativeSalvageScan.h"
+#include "Zelvan/ZvTableTable.h"
 #include "ZvCore/ZvErrors.h"
 #include <map>
 #include <tuple>
@@ -134,6 +135,39 @@ uint64_t StatedBy(const ZvSalvaged::Section& section, uint64_t most) {
     return stated <= most ? stated : 0;
 }
 
+std::string TableName(ZvDrawing& drawing, uint32_t code) {
+    for (int i = 0; i < drawing.TableTable()->Count(); ++i)
+        if (const ZvTable* table = drawing.TableTable()->Get(i);
+            ZvTableCode::Full(table->GetTableCode()) == code)
+            return table->DefaultNameBase().Trimmed().ToUtf8();
+    return std::to_string(code & 0xFFFF);
+}
+
+/// What is missing of tables, before anything is put in the place of it.
+void TellTables(const ZvSalvaged::Section& section, const std::string& sheet, ZvDrawing& names,
+                Result& result) {
+    for (const auto& table : section.tables) {
+        uint64_t read = 0;
+        for (const ZvSalvaged::Records& group : table->groups)
+            read += group.count;
+        if (read < table->stated && table->stated < uint32_t(ZvSalvaged::kMostIndex))
+            result.tables.push_back({TableName(names, table->code), sheet, table->stated, read});
+        if (table->code != ZvTableCode::Full(ZvTableCode::Layout))
+            continue;
+        std::map<int32_t, RecordName> layouts = NamesOf(*table);
+        for (const auto& contents : table->contents) {
+            if (contents->section)
+                TellTables(*contents->section, layouts[contents->index].name, names, result);
+            layouts.erase(contents->index);
+        }
+        for (const auto& [index, layout] : layouts)
+            if (!table->ownsNothing)
+                result.lostLayouts.push_back(layout.name);
+    }
+    if (section.statedTables > section.tables.size())
+        result.tablesLost += section.statedTables - section.tables.size();
+}
+
 struct Bytes {
     const uint8_t* data = nullptr;
     uint64_t size = 0;
@@ -248,6 +282,7 @@ void Search(const Bytes& bytes, ZvDrawing& drawing, const ZvNativeSalvage::Optio
     result.lostReturns = SeemsToLackReturns(bytes, result);
     result.stated = StatedBy(found.section, found.records ? found.records : bytes.size);
     AssignHeadless(found.section);
+    TellTables(found.section, {}, drawing, result);
     SettleNames(found.section);
     NameTheNameless(found.section);
     Known known;

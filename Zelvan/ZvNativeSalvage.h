@@ -41,6 +41,13 @@ public:
         uint64_t saved = 0;    ///< objects that it has in the drawing
         uint64_t Lost() const { return stated > saved ? stated - saved : 0; }
     };
+    /// A table of which records are missing.
+    struct Table {
+        std::string name;
+        std::string sheet;   ///< as above
+        uint64_t stated = 0; ///< records by the file
+        uint64_t read = 0;
+    };
     struct Result {
         Zv::Status status = Zv::Status::Failure; ///< Success: the drawing holds what was found
         bool wasSound = false; ///< nothing was wrong: the drawing is that of an ordinary load
@@ -64,7 +71,10 @@ public:
         std::vector<Stretch> damage;
         std::vector<Layer>
             layers; ///< in the order of the drawing's table, then its blocks, then those of its layouts
-        IOErrorSet errors; ///< what the loading of the pieces told
+        std::vector<Table> tables;            ///< that lack records
+        std::vector<std::string> lostLayouts; ///< that are there, but whose drawing is lost
+        uint64_t tablesLost = 0;              ///< of the drawing and its layouts: nothing of them was found
+        IOErrorSet errors;                    ///< what the loading of the pieces told
     };
     /// Into a drawing that is empty. The stream is only read, and stays where it was.
     static Result Run(ZvCore::IFile& file, ZvDrawing& drawing, const Options& options);

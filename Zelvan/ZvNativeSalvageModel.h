@@ -50,7 +50,8 @@ struct Table {
 
 struct Section {
     std::vector<std::unique_ptr<Table>> tables;
-    uint64_t stated = 0;      ///< objects, layouts without; 0 when its head is lost
+    uint64_t stated = 0; ///< objects, layouts without; 0 when its head is lost
+    uint32_t statedTables = 0;
     uint64_t highestName = 0; ///< of the objects that are surely its own
     Table& Get(uint32_t code);
     Table* Find(uint32_t code) const;

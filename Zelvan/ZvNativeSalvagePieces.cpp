@@ -35,8 +35,10 @@ uint64_t ZvNativeSalvageScan::SectionHead(uint64_t at, bool take) {
     if (!Has(at, kSectionHead) || Load<uint32_t>(m_bytes + at) != kSectionHead ||
         Load<uint32_t>(m_bytes + at + 4) > kMostTables || !TableHead(at + kSectionHead, false, false))
         return 0;
-    if (take && Here().section->stated == 0)
+    if (take && Here().section->statedTables == 0) {
+        Here().section->statedTables = Load<uint32_t>(m_bytes + at + 4);
         Here().section->stated = Load<uint64_t>(m_bytes + at + 8);
+    }
     return at + kSectionHead;
 }
 

@@ -23,7 +23,8 @@ bool IsSameFile(const fs::path& a, const fs::path& b) {
 }
 
 nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, const Result& result) {
-    nlohmann::ordered_json damage = nlohmann::ordered_json::array(), layers = nlohmann::ordered_json::array();
+    nlohmann::ordered_json damage = nlohmann::ordered_json::array(), layers = nlohmann::ordered_json::array(),
+                           tables = nlohmann::ordered_json::array();
     for (const ZvNativeSalvage::Stretch& stretch : result.damage)
         damage.push_back(
             {{"offset", stretch.offset}, {"length", stretch.length}, {"records", stretch.records}});
@@ -41,6 +42,9 @@ nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, co
                           {"doubtful", layer.doubtful},
                           {"saved", layer.saved},
                           {"lost", layer.Lost()}});
+    for (const ZvNativeSalvage::Table& table : result.tables)
+        tables.push_back(
+            {{"name", table.name}, {"layout", table.sheet}, {"stated", table.stated}, {"read", table.read}});
     return {{"file", from},
             {"saved", to},
             {"sound", result.wasSound},
@@ -65,6 +69,9 @@ nlohmann::ordered_json ToJson(const std::string& from, const std::string& to, co
             {"objectsRead", result.recordsFound},
             {"objectsSaved", result.saved},
             {"damage", damage},
+            {"tables", tables},
+            {"tablesLost", result.tablesLost},
+            {"lostLayouts", result.lostLayouts},
             {"layers", layers},
             {"messages", ToJson(result.errors)}};
 }
@@ -108,6 +115,14 @@ void PrintDamage(const Console& console, const Result& result) {
         console.Line("  damage within " + BytesAt(stretch.length, stretch.offset) +
                      (result.solid ? " of the inflated body" : "") +
                      (stretch.records ? ", " + Count(stretch.records, "record") + " found in them" : ""));
+    for (const ZvNativeSalvage::Table& table : result.tables)
+        console.Line("  " + Count(table.stated - table.read, "record") + " of " +
+                     Console::Grouped(table.stated) + " of the table \"" + table.name + "\"" +
+                     (table.sheet.empty() ? "" : " of layout \"" + table.sheet + "\"") + " lost");
+    for (const std::string& layout : result.lostLayouts)
+        console.Line("  layout \"" + layout + "\": what was drawn on it is lost");
+    if (result.tablesLost)
+        console.Line("  " + Count(result.tablesLost, "further table") + " lost");
     console.Line("  blocks: " + Console::Grouped(result.blocks) + " whole, " +
                  Console::Grouped(result.damagedBlocks) + " damaged");
 }

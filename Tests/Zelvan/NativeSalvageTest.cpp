@@ -280,3 +280,29 @@ TEST(NativeSalvage, ATransferAsTextIsUndoneAndWhatFollowsADrawingIsLeftOut) {
         }
     }
 }
+
+TEST(NativeSalvage, AFileThatIsCutOffNamesWhatIsLostBehindItsEnd) {
+    auto drawing = Map();
+    for (const char16_t* name : {u"Sheet", u"Annex"})
+        AddPolylines(*drawing->LayoutTable()->InsertNew(name)->Drawing(), 9, 5);
+    const Bytes sound = Save(*drawing);
+    const std::vector<size_t> blocks = OuterBlocks(sound);
+    size_t firstSheetEnds = 0, untold = 0;
+    for (const size_t end : blocks) {
+        Salvaged salvaged = Salvage(Bytes(sound.begin(), sound.begin() + ptrdiff_t(end)));
+        if (!salvaged.Ok())
+            continue;
+        const ZvNativeSalvage::Result& result = salvaged.result;
+        EXPECT_EQ(result.statedLength, sound.size());
+        EXPECT_EQ(result.fileLength, end);
+        bool told = result.tablesLost > 0 || !result.tables.empty() || !result.lostLayouts.empty() ||
+                    result.saved < result.stated;
+        for (const ZvNativeSalvage::Layer& layer : result.layers)
+            told |= layer.Lost() > 0 || layer.contentsLost;
+        untold += !told;
+        if (result.lostLayouts == std::vector<std::string>{"Annex"})
+            firstSheetEnds = end;
+    }
+    EXPECT_LE(untold, 1u); // where only the clients are missing
+    EXPECT_GT(firstSheetEnds, 0u);
+}
