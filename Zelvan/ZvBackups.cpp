@@ -1,11 +1,13 @@
 #include "Zelvan/ZvBackups.h"
 #include "Zelvan/Ports/IZvHost.h"
+#include "Zelvan/ZvDrawingLock.h"
 #include "Zelvan/ZvSaveVerifier.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
 #include "ZvCore/Platform/Platform.h"
 #include <algorithm>
 #include <map>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -28,6 +30,7 @@ struct Numbered {
     std::string base;
     int number = 0;
     DateTime modified;
+    ZvSaveStamp stamp; // read where the order matters
 };
 
 std::vector<Numbered> PeriodicIn(ZvCore::IFileSystem& files, const fs::path& folder) {
@@ -47,7 +50,8 @@ std::vector<Numbered> PeriodicIn(ZvCore::IFileSystem& files, const fs::path& fol
 }
 
 bool IsOlder(const Numbered& a, const Numbered& b) {
-    return std::pair(a.modified, a.number) < std::pair(b.modified, b.number);
+    return std::tuple(a.stamp.revision, a.modified, a.number) <
+           std::tuple(b.stamp.revision, b.modified, b.number);
 }
 
 } // namespace
@@ -157,11 +161,12 @@ fs::path ZvBackups::GetPeriodicBackupFilename(const Path& path, const Guid& draw
     const ZvSaveVerifier verifier(m_files);
     std::map<int, Path> taken; // numbers of other drawings of that name
     const Numbered* newest = nullptr;
-    const std::vector<Numbered> series = PeriodicIn(m_files, folder);
-    for (const Numbered& file : series) {
+    std::vector<Numbered> series = PeriodicIn(m_files, folder);
+    for (Numbered& file : series) {
         if (file.base != base)
             continue;
-        const Guid of = verifier.DrawingOf(file.path);
+        file.stamp = verifier.StampOf(file.path);
+        const Guid of = file.stamp.drawing;
         if (of != drawing && !of.IsNull())
             taken[file.number] = file.path;
         else if (!newest || IsOlder(*newest, file))
@@ -176,13 +181,44 @@ fs::path ZvBackups::GetPeriodicBackupFilename(const Path& path, const Guid& draw
                         XStringA::Format("%s%s%04d%s", kPrefix, base.c_str(), number, kExtension).Str());
 }
 
+int64_t ZvBackups::NewestRevision(const Path& path, const Guid& drawing) const {
+    const std::string base = SeriesOf(path);
+    const ZvSaveVerifier verifier(m_files);
+    int64_t newest = 0;
+    for (const Numbered& file : PeriodicIn(m_files, Directory(path)))
+        if (file.base == base)
+            if (const ZvSaveStamp stamp = verifier.StampOf(file.path); stamp.drawing == drawing)
+                newest = std::max(newest, stamp.revision);
+    return newest;
+}
+
 // --- purge -------------------------------------------------------------------------------------------------
 
+/// A backup is written under the lock of its name. Whoever gets that lock knows that nobody writes it.
+void ZvBackups::DeleteLeftovers(const Path& directory) const {
+    constexpr size_t longest = 160; // of longer names the lock may stand under a short form
+    std::vector<Path> names;
+    (void)m_files.List(directory, names);
+    for (const Path& name : names) {
+        Path of = name;
+        const bool isTemporary = ZvCore::IFileSystem::IsTemporary(name, &of);
+        const bool isLock = of.extension() == ".lock";
+        if (isLock)
+            of.replace_extension();
+        if ((!isTemporary && !isLock) || PeriodicNumber(of) < 0 || of.native().size() > longest)
+            continue;
+        ZvDrawingLock lock;
+        if (lock.Take(m_files, directory / of) == ZvDrawingLock::Outcome::Taken && lock.IsHeld() &&
+            isTemporary)
+            (void)m_files.Delete(directory / name);
+    }
+}
+
 int ZvBackups::PeriodicBackupPurge(const Path& directory) const {
+    DeleteLeftovers(directory);
     if (m_settings.expiryHours <= 0)
         return 0;
     std::vector<Numbered> files = PeriodicIn(m_files, directory);
-    std::sort(files.begin(), files.end(), [](const Numbered& a, const Numbered& b) { return IsOlder(b, a); });
     const uint64_t now = m_clock.Now().ticks;
     const uint64_t expiry = uint64_t(m_settings.expiryHours) * kTicksPerHour;
     const auto expired = [&](const Numbered& file) {
@@ -191,10 +227,13 @@ int ZvBackups::PeriodicBackupPurge(const Path& directory) const {
     if (std::none_of(files.begin(), files.end(), expired))
         return 0;
     const ZvSaveVerifier verifier(m_files);
+    for (Numbered& file : files)
+        file.stamp = verifier.StampOf(file.path);
+    std::sort(files.begin(), files.end(), [](const Numbered& a, const Numbered& b) { return IsOlder(b, a); });
     std::map<std::pair<std::string, Guid>, bool> hasNewer;
     int deleted = 0;
     for (const Numbered& file : files) {
-        bool& newer = hasNewer[{file.base, verifier.DrawingOf(file.path)}];
+        bool& newer = hasNewer[{file.base, file.stamp.drawing}];
         if (!std::exchange(newer, true) || !expired(file))
             continue;
         if (const std::string why = m_files.Delete(file.path); !why.empty()) {

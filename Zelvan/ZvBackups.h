@@ -45,19 +45,23 @@ public:
     /// "plan.zvd.bak" beside the drawing or in the backup directory. Empty, said, when that cannot be written to.
     Path GetInstantBackupFilename(const Path& path) const;
     /// The next of the series, one after the newest in the directory, round after periodicKept. A file of another drawing than
-    /// `drawing` is passed over. Empty, said, when the directory cannot be written to. `last` (the number given out before in this
-    /// session, or -1) serves when the clock went back.
+    /// `drawing` is passed over. Empty, said, when the directory cannot be written to. `last` is the number given out before in this
+    /// session, or -1.
     Path GetPeriodicBackupFilename(const Path& path, const Guid& drawing, int last = -1) const;
     /// What the periodic backups of a drawing of that file name have between "Autobackup_" and the number: its base name, or what
     /// stands for a long one.
     static std::string SeriesOf(const Path& drawing);
     /// The number in such a name, -1 for other names; `base` (may be null) is set to the series.
     static int PeriodicNumber(const Path& name, std::string* base = nullptr);
-    /// Deletes what has expired by its modification time, never the newest of a drawing. The number of files deleted.
+    /// The highest revision among the periodic backups of a drawing of that file name; 0 when there are none.
+    int64_t NewestRevision(const Path& path, const Guid& drawing) const;
+    /// Deletes what has expired by its modification time, never the newest of a drawing, and what programs that ended while they wrote
+    /// a backup left of it. The number of backups deleted.
     int PeriodicBackupPurge(const Path& directory) const;
 
 private:
     void Print(const std::string& text) const;
+    void DeleteLeftovers(const Path& directory) const;
 
     ZvCore::IFileSystem& m_files;
     const ZvBackupSettings& m_settings;

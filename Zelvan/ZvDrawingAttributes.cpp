@@ -6,6 +6,7 @@
 #include "Zelvan/DrawingAux/ZvPageSetTable.h"
 #include "Zelvan/Tables/ZvTextStyleTable.h"
 #include "Zelvan/ZvDrawing.h"
+#include "Zelvan/ZvDrawingIO.h"
 #include "Zelvan/ZvSelFilter.h"
 #include "Zelvan/ZvUnits.h"
 #include "ZvCore/BinXml.h"
@@ -76,6 +77,7 @@ void ZvDrawing::SerializeCurrent(ZvCore::BinXmlNode& node, bool write) {
 
 void ZvDrawing::StoreSettings(ZvCore::BinXmlNode& node) const {
     node.Set("Guid", m_guid.ToString());
+    m_io->StoreStamp(node);
     node.Set("Tolerance", m_tolerance);
     node.Set("AllowByLayer", m_allowByLayer);
     node.Set("AllowByBlock", m_allowByBlock);
@@ -109,6 +111,7 @@ void ZvDrawing::LoadSettings(const ZvCore::BinXmlNode& node, bool afterTables) {
         return;
     }
     Guid::Parse(node.GetString("Guid", {}).View(), m_guid);
+    m_io->LoadStamp(node);
     const double tolerance = node.GetDouble("Tolerance", m_tolerance);
     m_tolerance = std::isfinite(tolerance) && tolerance >= 0 ? tolerance : m_tolerance;
     m_allowByLayer = node.GetBool("AllowByLayer", m_allowByLayer);

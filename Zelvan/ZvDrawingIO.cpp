@@ -12,6 +12,7 @@
 #include "Zelvan/ZvFileFormatServer.h"
 #include "Zelvan/ZvNativeProvider.h"
 #include "Zelvan/ZvRecovery.h"
+#include "Zelvan/ZvSaveVerifier.h"
 #include "Zelvan/ZvStrings.h"
 #include "ZvCore/Log.h"
 #include "ZvCore/Platform/Platform.h"
@@ -188,6 +189,9 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     if (takesName && IsNative(format) && !isBackup)
         lock = LockToLoad(TargetOf(NormalizeName(file)), errors);
     const ZvCore::IFileSystem::Info seen = m_files->Look(TargetOf(file));
+    const Guid digest = takesName && !isBackup && IsNative(format)
+                            ? ZvSaveVerifier(*m_files).DigestOf(TargetOf(file))
+                            : Guid();
     Zv::Status status;
     {
         const Nested busy(m_loading);
@@ -201,6 +205,7 @@ Zv::Status ZvDrawingIO::LoadFileInternal(const std::filesystem::path& file, cons
     PostLoadCleanup(file, format, flags, status, touched);
     if (takesName && Zv::Ok(status)) {
         m_seen = isBackup ? ZvCore::IFileSystem::Info() : seen;
+        m_stamp.digest = digest;
         if (lock.IsHeld())
             m_lock = std::move(lock);
     }
@@ -231,6 +236,7 @@ void ZvDrawingIO::PostLoadCleanup(const std::filesystem::path& file, const ZvFil
         MarkClean();
     } else if (touched) {
         ForgetDrawingFileName();
+        m_stamp.digest = {};
         SetDrawingDirty(true);
     }
 }

@@ -2,6 +2,7 @@
 #include "Zelvan/IZvFileProvider.h"
 #include "Zelvan/ZvBackups.h"
 #include "Zelvan/ZvDrawingLock.h"
+#include "Zelvan/ZvSaveStamp.h"
 #include "Zelvan/ZvSelection.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/DateTime.h"
@@ -14,6 +15,9 @@
 
 class ZvDrawing;
 struct ZvNativeOptions;
+namespace ZvCore {
+class BinXmlNode;
+}
 
 /// Flags of loads and saves; bits that a call has no use for are ignored.
 namespace ZvIOFlag {
@@ -106,6 +110,9 @@ public:
     bool CheckBackupPath(bool quiet) const;
     std::filesystem::path GetInstantBackupFilename(const std::filesystem::path& path) const;
     std::filesystem::path GetPeriodicBackupFilename(const std::filesystem::path& path) const;
+    /// What the file that is being saved tells of its origin, among the drawing's settings; and the other way.
+    void StoreStamp(ZvCore::BinXmlNode& settings) const;
+    void LoadStamp(const ZvCore::BinXmlNode& settings);
     static XStringW PeriodicNamePrefix() { return ZvBackups::PeriodicNamePrefix(); }
 
     // --- several files, media -----------------------------------------------------------------------------
@@ -144,6 +151,7 @@ private:
     std::string VerifyWritten(const std::filesystem::path& file, const ZvFileOptions& options,
                               uint64_t unwritten) const;
     ZvBackups Backups() const;
+    ZvSaveStamp NextStamp(const std::filesystem::path& target) const;
     bool IsNative(const ZvFileFormat& format) const;
     void LocateLinkedImages(const std::filesystem::path& file);
     ZvDrawingLock LockToLoad(const std::filesystem::path& target, IOErrorSet& errors) const;
@@ -164,6 +172,9 @@ private:
     int m_lastPeriodic = -1;
     std::filesystem::path m_fileName;
     ZvCore::IFileSystem::Info m_seen; ///< of m_fileName; exists is false when nothing is known
+    ZvSaveStamp
+        m_stamp; ///< of what the drawing was last read from or saved to; the revision goes on with backups
+    std::optional<ZvSaveStamp> m_stampToWrite;
     ZvDrawingLock m_lock;
     std::string m_lastFormat; // id
     std::optional<ZvSelection> m_savedSelection;

@@ -36,6 +36,19 @@ std::optional<ZvDrawingLock::Holder> ZvDrawingLock::HolderOf(ZvCore::IFileSystem
     return Read(files, NameFor(drawing), holder) == Content::Holder ? std::optional(holder) : std::nullopt;
 }
 
+bool ZvDrawingLock::IsHeldElsewhere(ZvCore::IFileSystem& files, const fs::path& drawing) {
+    const fs::path lock = NameFor(drawing);
+    Holder holder;
+    switch (Read(files, lock, holder)) {
+    case Content::Holder:
+        return holder != Holder::Self() && !holder.IsGone();
+    case Content::Unreadable:
+        return files.Look(lock).exists;
+    default:
+        return false;
+    }
+}
+
 ZvDrawingLock& ZvDrawingLock::operator=(ZvDrawingLock&& other) noexcept {
     if (this != &other) {
         Release();
@@ -110,8 +123,8 @@ bool ZvDrawingLock::TakeOver(const fs::path& lock, const Holder& stale) {
     Holder taken;
     const Content content = Read(*m_files, aside, taken);
     const bool wasStale = content == Content::Torn || (content == Content::Holder && taken == stale);
-    if (!wasStale)
-        (void)m_files->Link(aside, lock);
+    if (!wasStale && !m_files->Link(aside, lock).empty() && !m_files->Look(lock).exists)
+        (void)m_files->Rename(aside, lock); // no links here
     (void)m_files->Delete(aside);
     return wasStale;
 }

@@ -29,6 +29,8 @@ public:
     ZvDrawingLock& operator=(ZvDrawingLock&& other) noexcept;
     /// Who holds the drawing's lock, be it stale or not; nothing when there is none.
     static std::optional<Holder> HolderOf(ZvCore::IFileSystem& files, const std::filesystem::path& drawing);
+    /// Whether another program holds it, or may: a lock that cannot be read is anybody's.
+    static bool IsHeldElsewhere(ZvCore::IFileSystem& files, const std::filesystem::path& drawing);
     static std::filesystem::path NameFor(const std::filesystem::path& drawing);
 
     /// Gives up what was held before. `files` must outlive the lock. A lock of this very process counts as taken.

@@ -1,6 +1,7 @@
 #include "Zelvan/ZvDrawing.h"
 #include "Zelvan/ZvNativeFile.h"
 #include "Zelvan/ZvNativeFileImpl.h"
+#include "Zelvan/ZvSaveStamp.h"
 #include "ZvCore/Log.h"
 
 // The settings block holds the drawing's settings as a binary XML document. Versions 1027..1047 held one wide string of
@@ -73,33 +74,5 @@ bool ZvNativeFile::Impl::ReadSettings(bool afterTables) {
 }
 
 Guid ZvNativeFile::ReadGuid(ZvCore::IFile* file) {
-    const auto readHeader = [&](ZvNativeDesc& desc, ZvNativeHeader& header) {
-        uint8_t bytes[ZvNativeHeader::kSize];
-        if (!desc.Seek(0) || !desc.Read(bytes, sizeof bytes))
-            return false;
-        header.Parse(bytes);
-        return header.HasMagic() && header.version >= kDocumentFirstVersion;
-    };
-    ZvDrawingSetup setup;
-    setup.createDefaults = false;
-    ZvDrawing scratch(setup);
-    ZvNativeFile native;
-    native.Attach(scratch, *file);
-    ZvNativeHeader header;
-    if (!readHeader(native.Desc(), header))
-        return {};
-    const bool solid = header.IsSolid();
-    if (solid && (!native.Desc().Seek(header.solidOffset) || !native.StartDecompressBlock()))
-        return {};
-    ZvCore::BinXmlDocument document;
-    Guid guid;
-    if ((!solid || readHeader(native.Desc(), header)) && native.Desc().Seek(header.settingsOffset) &&
-        native.StartDecompressBlock()) {
-        if (native.ReadBinXml(document))
-            Guid::Parse(document.root.GetString("Guid", {}).View(), guid);
-        native.EndDecompressBlock();
-    }
-    if (solid)
-        native.EndDecompressBlock();
-    return guid;
+    return ZvSaveStamp::Read(*file).drawing;
 }

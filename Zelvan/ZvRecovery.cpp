@@ -5,6 +5,7 @@
 #include "ZvCore/Platform/Platform.h"
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -41,19 +42,20 @@ std::string ZvRecovery::Candidate::Describe() const {
         .Str();
 }
 
+bool ZvRecovery::Finding::IsGain(const Candidate& candidate) const {
+    return candidate.IsWhole() && (!IsWhole() || (candidate.kind != Kind::Backup && candidate.isNewer));
+}
+
 const ZvRecovery::Candidate* ZvRecovery::Finding::Best() const {
-    for (const Candidate& candidate : candidates) {
-        const bool isGain = !IsWhole() || (candidate.kind != Kind::Backup && candidate.modified > modified);
-        if (candidate.IsWhole() && isGain && !isBusy)
-            return &candidate;
-    }
-    return nullptr;
+    const auto best = std::find_if(candidates.begin(), candidates.end(),
+                                   [&](const Candidate& candidate) { return IsGain(candidate); });
+    return isBusy || best == candidates.end() ? nullptr : &*best;
 }
 
 std::string ZvRecovery::Finding::Describe() const {
     std::string text;
     for (const Candidate& candidate : candidates)
-        if (candidate.IsWhole())
+        if (IsGain(candidate))
             text += (text.empty() ? "" : "\n") + candidate.Describe();
     return text;
 }
@@ -62,13 +64,13 @@ fs::path ZvRecovery::DamagedName(const Path& drawing) {
     return With(drawing, ".damaged");
 }
 
-/// All that bears a name made from the drawing's, unverified.
+/// All that bears a name made from the drawing's, unverified, with where it comes from.
 void ZvRecovery::Gather(Finding& finding) const {
     const Path& drawing = finding.drawing;
     const auto add = [&](Kind kind, const Path& file) {
         const ZvCore::IFileSystem::Info info = m_files.Look(file);
         if (info.exists && !info.isFolder)
-            finding.candidates.push_back({kind, file, info.modified, {}});
+            finding.candidates.push_back({kind, file, info.modified, {}, m_verifier.StampOf(file), false});
     };
     const Path folder = ZvCore::IFileSystem::FolderOf(drawing);
     std::vector<Path> names;
@@ -93,16 +95,22 @@ void ZvRecovery::Gather(Finding& finding) const {
         if (ZvBackups::PeriodicNumber(name, &base) >= 0 && base == ZvBackups::SeriesOf(drawing))
             add(Kind::Periodic, periodic / name);
     std::sort(finding.candidates.begin(), finding.candidates.end(),
-              [](const Candidate& a, const Candidate& b) { return a.modified > b.modified; });
+              [](const Candidate& a, const Candidate& b) {
+                  return std::pair(a.stamp.revision, a.modified) > std::pair(b.stamp.revision, b.modified);
+              });
+    for (Candidate& candidate : finding.candidates)
+        candidate.isNewer = candidate.stamp.Follows(finding.stamp);
 }
 
 bool ZvRecovery::HasReason(const Path& drawing) const {
     Finding finding;
     finding.drawing = drawing;
-    const ZvCore::IFileSystem::Info info = m_files.Look(drawing);
+    const bool exists = m_files.Look(drawing).exists;
+    if (exists)
+        finding.stamp = m_verifier.StampOf(drawing);
     Gather(finding);
     return std::any_of(finding.candidates.begin(), finding.candidates.end(), [&](const Candidate& candidate) {
-        return !info.exists || (candidate.kind != Kind::Backup && candidate.modified > info.modified);
+        return !exists || (candidate.kind != Kind::Backup && candidate.isNewer);
     });
 }
 
@@ -112,12 +120,17 @@ ZvRecovery::Finding ZvRecovery::Look(const Path& drawing) const {
     const ZvCore::IFileSystem::Info info = m_files.Look(drawing);
     finding.exists = info.exists && !info.isFolder;
     finding.modified = info.modified;
-    if (finding.exists)
+    if (finding.exists) {
         finding.why = m_verifier.Check(drawing);
-    const auto holder = ZvDrawingLock::HolderOf(m_files, drawing);
-    finding.isBusy = holder && *holder != ZvDrawingLock::Holder::Self() && !holder->IsGone();
+        finding.stamp = m_verifier.StampOf(drawing);
+    }
     Gather(finding);
-    Guid guid = finding.IsWhole() ? m_verifier.DrawingOf(drawing) : Guid();
+    // After the names were read: a temporary file that was there then is being written by whoever has the lock now, or by nobody.
+    finding.isBusy = ZvDrawingLock::IsHeldElsewhere(m_files, drawing);
+    Guid guid = finding.stamp.drawing; // of a damaged file, too, where its settings can be read
+    for (const Candidate& candidate : finding.candidates)
+        if (guid.IsNull() && candidate.kind != Kind::Periodic)
+            guid = candidate.stamp.drawing;
     std::vector<Candidate> kept;
     for (Candidate& candidate : finding.candidates) {
         candidate.why = m_verifier.Check(candidate.file);
@@ -126,7 +139,7 @@ ZvRecovery::Finding ZvRecovery::Look(const Path& drawing) const {
             continue;
         }
         if (candidate.kind == Kind::Periodic && !guid.IsNull() && candidate.IsWhole() &&
-            m_verifier.DrawingOf(candidate.file) != guid)
+            candidate.stamp.drawing != guid)
             continue; // of another drawing that has the same name
         kept.push_back(std::move(candidate));
     }
@@ -157,6 +170,12 @@ std::string ZvRecovery::Restore(const Finding& finding, const Candidate& candida
     const Path& drawing = finding.drawing;
     Path source = candidate.file;
     std::string why;
+    ZvDrawingLock lock;
+    if (lock.Take(m_files, drawing) == ZvDrawingLock::Outcome::Held)
+        return "another program has begun to edit it";
+    const ZvCore::IFileSystem::Info now = m_files.Look(drawing);
+    if ((now.exists && !now.isFolder) != finding.exists || (now.exists && now.modified != finding.modified))
+        return "another program has changed it in the meantime";
     if (candidate.kind != Kind::Unfinished) { // a backup stays a backup
         source = ZvCore::IFileSystem::TemporaryBeside(drawing);
         why = m_files.Copy(candidate.file, source);

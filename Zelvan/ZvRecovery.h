@@ -23,7 +23,9 @@ public:
         Kind kind = Kind::Backup;
         Path file;
         DateTime modified;
-        std::string why; ///< what is wrong with it; empty: whole
+        std::string why;      ///< what is wrong with it; empty: whole
+        ZvSaveStamp stamp;    ///< where it comes from
+        bool isNewer = false; ///< made from what the drawing's file holds
         bool IsWhole() const { return why.empty(); }
         std::string Describe() const;
     };
@@ -32,13 +34,17 @@ public:
         bool exists = false;
         std::string why; ///< what is wrong with the drawing's own file; empty when it is whole
         DateTime modified;
-        std::vector<Candidate> candidates; ///< newest first
+        ZvSaveStamp stamp;
+        std::vector<Candidate> candidates; ///< newest first, by revision and then by time
         std::vector<Path> rubbish;         ///< temporary files that hold nothing of worth
         bool isBusy = false;               ///< another program edits the drawing: nothing is to be touched
         bool IsWhole() const { return exists && why.empty(); }
+        /// Whether the drawing would gain by the candidate: its file is missing or damaged, or the candidate was made from it. Times
+        /// prove nothing, since clocks go back.
+        bool IsGain(const Candidate& candidate) const;
         /// The newest whole candidate that the drawing would gain by; null when there is none.
         const Candidate* Best() const;
-        /// Every candidate in a line of its own.
+        /// Every candidate that the drawing would gain by, in a line of its own.
         std::string Describe() const;
     };
 
@@ -46,7 +52,7 @@ public:
     ZvRecovery(ZvCore::IFileSystem& files, const ZvBackups& backups)
         : m_files(files), m_backups(backups), m_verifier(files) {}
 
-    /// Whether names and times alone give reason to look: the drawing is missing, or something newer is beside it. Cheap.
+    /// Whether names and origins give reason to look: the drawing is missing, or something made from it is there. Cheap.
     bool HasReason(const Path& drawing) const;
     /// Verifies the drawing's file and all that could take its place.
     Finding Look(const Path& drawing) const;

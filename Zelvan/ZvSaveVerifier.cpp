@@ -88,8 +88,14 @@ std::string ZvSaveVerifier::Check(const std::filesystem::path& file, std::option
     return {};
 }
 
-Guid ZvSaveVerifier::DrawingOf(const std::filesystem::path& file) const {
+ZvSaveStamp ZvSaveVerifier::StampOf(const std::filesystem::path& file) const {
     std::string why;
     const auto stream = m_files.Open(file, ZvCore::IFileSystem::Mode::Read, why);
-    return stream ? ZvNativeFile::ReadGuid(stream.get()) : Guid();
+    return stream ? ZvSaveStamp::Read(*stream) : ZvSaveStamp();
+}
+
+Guid ZvSaveVerifier::DigestOf(const std::filesystem::path& file) const {
+    std::string why;
+    const auto stream = m_files.Open(file, ZvCore::IFileSystem::Mode::Read, why);
+    return stream ? ZvSaveStamp::ReadDigest(*stream) : Guid();
 }

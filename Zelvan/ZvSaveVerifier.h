@@ -1,4 +1,5 @@
 #pragma once
+#include "Zelvan/ZvSaveStamp.h"
 #include "ZvCore/Api.h"
 #include "ZvCore/FileSystem.h"
 #include "ZvCore/Guid.h"
@@ -20,8 +21,12 @@ public:
                       ZvCore::IProgress* progress = nullptr) const;
     /// Entities that a save of the whole drawing writes: those of its layers and blocks and of its layouts'.
     static uint64_t Census(ZvDrawing& drawing);
-    /// Which drawing the file was saved from; null when that cannot be read. Only the file's settings are looked at.
-    Guid DrawingOf(const std::filesystem::path& file) const;
+    /// Where the file comes from; nulls for what cannot be read.
+    ZvSaveStamp StampOf(const std::filesystem::path& file) const;
+    /// Which drawing the file was saved from; null when that cannot be read.
+    Guid DrawingOf(const std::filesystem::path& file) const { return StampOf(file).drawing; }
+    /// By which the file is known; null when it has none. Cheap.
+    Guid DigestOf(const std::filesystem::path& file) const;
 
 private:
     ZvCore::IFileSystem& m_files;

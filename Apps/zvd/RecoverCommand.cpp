@@ -28,6 +28,8 @@ nlohmann::ordered_json ToJson(const ZvRecovery::Candidate& candidate) {
             {"file", ZvPlatform::PathToUtf8(candidate.file)},
             {"modified", candidate.modified.ToString().ToUtf8()},
             {"whole", candidate.IsWhole()},
+            {"newer", candidate.isNewer},
+            {"revision", candidate.stamp.revision},
             {"why", candidate.why}};
 }
 
@@ -80,6 +82,19 @@ private:
         return code;
     }
 
+    /// What looks newer by its time or its number and was not made from the drawing's file.
+    static std::string Doubts(const ZvRecovery::Finding& finding) {
+        std::string doubts;
+        for (const ZvRecovery::Candidate& candidate : finding.candidates) {
+            const bool mayBeNewer = finding.stamp.revision && candidate.stamp.revision
+                                        ? candidate.stamp.revision > finding.stamp.revision
+                                        : candidate.modified > finding.modified;
+            if (candidate.kind != ZvRecovery::Kind::Backup && candidate.IsWhole() && mayBeNewer)
+                doubts += "\n  left alone, as nothing proves that it is newer: " + candidate.Describe();
+        }
+        return doubts;
+    }
+
     ExitCode Treat(const ZvRecovery::Finding& finding, const std::string& name, std::string& outcome) {
         const ZvRecovery::Candidate* best = finding.Best();
         if (finding.isBusy) {
@@ -96,7 +111,7 @@ private:
         if (!best) {
             if (!m_dryRun)
                 m_recovery.DeleteRubbish(finding);
-            outcome = "whole";
+            outcome = "whole" + Doubts(finding);
             return ExitCode::Ok;
         }
         if (m_dryRun) {

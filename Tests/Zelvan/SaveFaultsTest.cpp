@@ -49,7 +49,8 @@ void ExpectNoLitter(DrawingOnDisk& world) {
     for (const auto& [path, bytes] : world.files.All()) {
         const std::string ending = path.starts_with(kPlan) ? path.substr(std::strlen(kPlan)) : "?";
         const bool known = ending.empty() || ending == ".bak" || ending == ".lock" ||
-                           ZvBackups::PeriodicNumber(path) >= 0 || ZvCore::IFileSystem::IsTemporary(path);
+                           ZvBackups::PeriodicNumber(path) >= 0 || path.ends_with(".zvd.lock") ||
+                           ZvCore::IFileSystem::IsTemporary(path);
         EXPECT_TRUE(known) << path;
     }
 }

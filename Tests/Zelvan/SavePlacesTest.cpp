@@ -123,7 +123,6 @@ TEST(SavePlaces, NamesOfAnyLengthThatFitAreSavedBackedUpAndRecovered) {
         world.Change();
         ASSERT_TRUE(Zv::Ok(world.SaveAs(plan))) << world.errors.ToString();
         EXPECT_TRUE(world.errors.IsEmpty()) << world.errors.ToString();
-        const std::string whole = world.files.Get(plan);
         EXPECT_TRUE(world.files.Get(world.drawing.DrawingIO()->GetInstantBackupFilename(plan)) == old);
         EXPECT_EQ(Names(world).size(), 2u);
         world.Backup(), world.Backup();
@@ -132,8 +131,9 @@ TEST(SavePlaces, NamesOfAnyLengthThatFitAreSavedBackedUpAndRecovered) {
         const ZvBackups backups(world.files, world.settings, IZvClock::System(), nullptr);
         const ZvRecovery recovery(world.files, backups);
         EXPECT_EQ(recovery.Look(plan).candidates.size(), 3u);
+        ASSERT_TRUE(Zv::Ok(world.SaveAs(plan)));
+        const std::string whole = world.files.Get(plan);
         world.files.Put(plan, "damaged");
-        world.files.now.ticks += DateTime::kTicksPerSecond;
         world.files.Put(ZvCore::IFileSystem::TemporaryBeside(plan), whole);
         std::vector<fs::path> drawings;
         EXPECT_EQ(recovery.DrawingsIn("/d", drawings), "");
@@ -206,20 +206,124 @@ TEST(SavePlaces, TheLongestNamesAreSavedOnTheRealDisk) {
         EXPECT_EQ(ZvCore::IFileSystem::System().Delete(folder.Path() / name), "");
 }
 
+namespace {
+
+ZvRecovery::Finding LookAt(DrawingOnDisk& world) {
+    const ZvBackups backups(world.files, world.settings, IZvClock::System(), nullptr);
+    return ZvRecovery(world.files, backups).Look(kPlan);
+}
+
+const DateTime kLongAgo = DateTime::FromUtc(1999, 1, 1);
+const DateTime kLongAfter = DateTime::FromUtc(2050, 1, 1);
+
+} // namespace
+
 TEST(SavePlaces, AClockThatGoesBackLosesNoBackup) {
     DrawingOnDisk world;
     world.settings.periodicKept = 4;
     world.SaveOld();
     world.Backup(), world.Backup();
     const std::string newest = world.files.Get("/d/Autobackup_plan0001.zvd");
-    world.files.now = DateTime::FromUtc(1999, 1, 1);
+    world.files.now = kLongAgo;
     world.Change();
     world.Backup();
     EXPECT_FALSE(world.files.Get("/d/Autobackup_plan0002.zvd").empty());
     EXPECT_TRUE(world.files.Get("/d/Autobackup_plan0001.zvd") == newest);
+    ASSERT_NE(LookAt(world).Best(), nullptr);
+    EXPECT_EQ(LookAt(world).Best()->file.filename(), "Autobackup_plan0002.zvd") << "dated before the others";
+
+    ZvDrawing other; // another session goes on with the numbers
+    other.DrawingIO()->SetFiles(world.files);
+    other.DrawingIO()->SetBackupSettings(&world.settings);
+    EXPECT_TRUE(Zv::Ok(other.DrawingIO()->LoadSimple(kPlan)));
+    EXPECT_EQ(other.DrawingIO()->GetPeriodicBackupFilename(kPlan).filename(), "Autobackup_plan0003.zvd");
+
     EXPECT_TRUE(Zv::Ok(world.Save())) << "its own file, now dated before the one that it read";
     EXPECT_TRUE(Zv::Ok(world.Save()));
     EXPECT_TRUE(world.host.Questions().empty());
+    EXPECT_EQ(LookAt(world).Best(), nullptr) << "backups of before the save, dated after it";
+}
+
+TEST(SavePlaces, OnlyWhatWasMadeFromTheDrawingsFileIsNewerThanIt) {
+    DrawingOnDisk world;
+    world.settings.directory = "/b";
+    world.SaveOld();
+    world.Backup();
+    const std::string first = world.files.Get(kPlan), backup = world.files.Get("/b/Autobackup_plan0000.zvd");
+    ASSERT_TRUE(Zv::Ok(world.Save()));
+    const std::string second = world.files.Get(kPlan);
+    world.Change();
+    ASSERT_TRUE(Zv::Ok(world.SaveAs("/b/copy.zvd", ZvIOFlag::KeepName)));
+    const std::string copy = world.files.Get("/b/copy.zvd");
+    const struct {
+        const char* name;
+        const std::string &drawing, &beside;
+        bool isNewer;
+    } cases[] = {{"of the save before", second, backup, false},    {"of this save", first, backup, true},
+                 {"the next save", first, second, true},           {"the same", second, second, false},
+                 {"the save before", second, first, false},        {"two saves on", first, copy, false},
+                 {"a copy of what came after", second, copy, true}};
+    for (const auto& c : cases)
+        for (const DateTime time : {kLongAgo, kLongAfter}) {
+            SCOPED_TRACE(c.name);
+            for (const char* place : {"/d/plan.zvd.0123abcd.tmp", "/b/Autobackup_plan0000.zvd"}) {
+                (void)world.files.Delete("/d/plan.zvd.0123abcd.tmp");
+                (void)world.files.Delete("/b/Autobackup_plan0000.zvd");
+                world.files.Put(kPlan, c.drawing);
+                world.files.Put(place, c.beside);
+                world.files.SetModified(place, time);
+                EXPECT_EQ(LookAt(world).Best() != nullptr, c.isNewer) << place;
+                const ZvBackups backups(world.files, world.settings, IZvClock::System(), nullptr);
+                EXPECT_EQ(ZvRecovery(world.files, backups).HasReason(kPlan), c.isNewer) << place;
+            }
+        }
+}
+
+TEST(SavePlaces, PurgesDeleteWhatBackupsLeftUnfinishedUnlessTheirWritersMayLive) {
+    const std::string host = ZvPlatform::HostName();
+    const struct {
+        const char* lock;
+        std::string content;
+        bool isKept;
+    } cases[] = {{"", "", false},
+                 {"Autobackup_plan0007.zvd.lock", "Zelvan lock 1\n999999999\nx\n" + host + "\n", false},
+                 {"Autobackup_plan0007.zvd.lock", "Zelvan lock 1\n1\n\n" + host + "\n", true},
+                 {"Autobackup_plan0007.zvd.lock", "Zelvan lock 1\n1\nx\nelsewhere\n", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.content);
+        DrawingOnDisk world;
+        world.files.Put("/b/Autobackup_plan0007.zvd.0123abcd.tmp", "half");
+        world.files.Put("/b/Autobackup_plan0007.zvd", "whole");
+        world.files.Put("/b/mine.zvd.0123abcd.tmp", "no backup");
+        if (*c.lock)
+            world.files.Put(std::string("/b/") + c.lock, c.content);
+        EXPECT_EQ(world.drawing.DrawingIO()->PeriodicBackupPurge("/b"), 0);
+        EXPECT_EQ(world.files.All().size(), c.isKept ? 4u : 2u);
+    }
+}
+
+TEST(SavePlaces, RecoveryLeavesAloneWhatOthersEditOrChanged) {
+    DrawingOnDisk world;
+    world.SaveOld();
+    world.Backup();
+    const ZvBackups backups(world.files, world.settings, IZvClock::System(), nullptr);
+    const ZvRecovery recovery(world.files, backups);
+    const ZvRecovery::Finding finding = recovery.Look(kPlan);
+    ASSERT_NE(finding.Best(), nullptr);
+    const std::string lock = std::string(kPlan) + ".lock";
+    world.drawing.DrawingIO()->ForgetDrawingFileName();
+    for (const std::string& held :
+         {std::string("Zelvan lock 1\n1\nx\nelsewhere\n"), std::string(5000, 'x')}) {
+        world.files.Put(lock, held);
+        EXPECT_TRUE(recovery.Look(kPlan).isBusy);
+    }
+    world.files.Put(lock, "Zelvan lock 1\n1\nx\nelsewhere\n");
+    EXPECT_NE(recovery.Restore(finding, *finding.Best()), "");
+    EXPECT_EQ(world.files.Delete(lock), "");
+    world.files.SetModified(kPlan, kLongAfter);
+    EXPECT_NE(recovery.Restore(finding, *finding.Best()), "");
+    EXPECT_EQ(recovery.Restore(recovery.Look(kPlan), *finding.Best()), "");
+    EXPECT_EQ(world.files.All().count(lock), 0u);
 }
 
 TEST(SavePlaces, ARelativeNameMeansTheSameFileInAnotherFolder) {
