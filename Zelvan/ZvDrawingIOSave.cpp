@@ -136,10 +136,11 @@ Zv::Status ZvDrawingIO::SaveUnderLock(const fs::path& file, const ZvFileFormat& 
     if (flags & ZvIOFlag::SelectionOnly && !options.selection && m_savedSelection)
         options.selection = &*m_savedSelection;
     m_drawing.PostEvent(ZvDrawingEvent::PreSave, native);
-    m_stampToWrite = NextStamp(target);
+    if (!m_fileName.empty() && target == TargetOf(m_fileName)) // under another name it follows nothing
+        m_stampToWrite = NextStamp(target);
     const Zv::Status status =
         WriteAndReplace(target, format, m_backupSettings->instantBackup, flags, options, errors);
-    m_stamp.revision = std::exchange(m_stampToWrite, {})->revision;
+    m_stamp.revision = std::exchange(m_stampToWrite, {}).value_or(m_stamp).revision;
     if (Zv::Ok(status)) {
         if (!(flags & ZvIOFlag::KeepName)) {
             m_stamp.digest = native ? ZvSaveVerifier(*m_files).DigestOf(target) : Guid();

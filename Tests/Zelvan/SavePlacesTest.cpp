@@ -255,14 +255,19 @@ TEST(SavePlaces, OnlyWhatWasMadeFromTheDrawingsFileIsNewerThanIt) {
     world.Change();
     ASSERT_TRUE(Zv::Ok(world.SaveAs("/b/copy.zvd", ZvIOFlag::KeepName)));
     const std::string copy = world.files.Get("/b/copy.zvd");
+    ASSERT_TRUE(Zv::Ok(world.Save()));
+    const std::string third = world.files.Get(kPlan);
     const struct {
         const char* name;
         const std::string &drawing, &beside;
         bool isNewer;
-    } cases[] = {{"of the save before", second, backup, false},    {"of this save", first, backup, true},
-                 {"the next save", first, second, true},           {"the same", second, second, false},
-                 {"the save before", second, first, false},        {"two saves on", first, copy, false},
-                 {"a copy of what came after", second, copy, true}};
+    } cases[] = {{"of the save before", second, backup, false},
+                 {"of this save", first, backup, true},
+                 {"the next save", first, second, true},
+                 {"the same", second, second, false},
+                 {"the save before", second, first, false},
+                 {"two saves on", first, third, false},
+                 {"another file of the drawing", second, copy, false}};
     for (const auto& c : cases)
         for (const DateTime time : {kLongAgo, kLongAfter}) {
             SCOPED_TRACE(c.name);
