@@ -196,7 +196,11 @@ std::string ZvRecovery::Restore(const Finding& finding, const Candidate& candida
 
 /// Only beside a whole drawing: else even rubbish may be all there is.
 void ZvRecovery::DeleteRubbish(const Finding& finding) const {
-    if (finding.isBusy || !m_verifier.Check(finding.drawing).empty())
+    const bool hasLock = m_files.Look(ZvDrawingLock::NameFor(finding.drawing)).exists;
+    if (finding.isBusy || (finding.rubbish.empty() && !hasLock) || !m_verifier.Check(finding.drawing).empty())
+        return;
+    ZvDrawingLock lock; // a stale one goes with it
+    if (lock.Take(m_files, finding.drawing) == ZvDrawingLock::Outcome::Held)
         return;
     for (const Path& file : finding.rubbish)
         (void)m_files.Delete(file);

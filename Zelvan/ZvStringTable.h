@@ -183,11 +183,7 @@ ZV_STRING(47520, RecoverQuestion,
 ZV_STRING(47521, RecoverUnfinished, "%s: a finished save of %s that did not get its name")
 ZV_STRING(47522, RecoverBackup, "%s: the content before the last save, of %s")
 ZV_STRING(47523, RecoverPeriodic, "%s: a periodic backup of %s")
-ZV_STRING(47524, RecoverNothing,
-          "\"%s\" is missing or damaged, and nothing that could take its place was found beside it.")
-ZV_STRING(47525, RecoverDone, "\"%s\" was restored from \"%s\".")
 ZV_STRING(47526, RecoverFailed, "\"%s\" could not be restored and is as it was: %s")
-ZV_STRING(47527, RecoverKeptDamaged, "What was damaged is kept as \"%s\".")
 
 ZV_STRING(48000, SaveNoMemory,
           "A part of the drawing does not fit into memory while it is saved (%s). Save with a compression "

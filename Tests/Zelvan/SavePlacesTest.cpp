@@ -286,13 +286,15 @@ TEST(SavePlaces, OnlyWhatWasMadeFromTheDrawingsFileIsNewerThanIt) {
 
 TEST(SavePlaces, PurgesDeleteWhatBackupsLeftUnfinishedUnlessTheirWritersMayLive) {
     const std::string host = ZvPlatform::HostName();
+    const uint64_t id = ZvPlatform::ProcessId();
+    const std::string self = std::to_string(id) + "\n" + ZvPlatform::ProcessBirth(id) + "\n";
     const struct {
         const char* lock;
         std::string content;
         bool isKept;
     } cases[] = {{"", "", false},
                  {"Autobackup_plan0007.zvd.lock", "Zelvan lock 1\n999999999\nx\n" + host + "\n", false},
-                 {"Autobackup_plan0007.zvd.lock", "Zelvan lock 1\n1\n\n" + host + "\n", true},
+                 {"Autobackup_plan0007.zvd.lock", "Zelvan lock 1\n" + self + host + "\n", true},
                  {"Autobackup_plan0007.zvd.lock", "Zelvan lock 1\n1\nx\nelsewhere\n", true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.content);
@@ -329,6 +331,9 @@ TEST(SavePlaces, RecoveryLeavesAloneWhatOthersEditOrChanged) {
     EXPECT_NE(recovery.Restore(finding, *finding.Best()), "");
     EXPECT_EQ(recovery.Restore(recovery.Look(kPlan), *finding.Best()), "");
     EXPECT_EQ(world.files.All().count(lock), 0u);
+    world.files.Put(lock, "Zelvan lock 1\n999999999\nx\n" + ZvPlatform::HostName() + "\n");
+    recovery.DeleteRubbish(recovery.Look(kPlan));
+    EXPECT_EQ(world.files.All().count(lock), 0u) << "its program has ended";
 }
 
 TEST(SavePlaces, ARelativeNameMeansTheSameFileInAnotherFolder) {
