@@ -188,13 +188,13 @@ uint64_t ZvNativeSalvageScan::TakeStretch(const uint8_t* bytes, uint64_t size, u
                     limit = std::min(limit, end);
         ZvSalvaged::Records records;
         records.doubtful = true;
-        for (; next < places.size() && Original(at + places[next].at) < limit; ++next, ++records.count) {
-            const auto [place, length] = places[next];
-            if (!m_damaged && place != chained)
-                break;
+        do { // at least one
+            const auto [place, length] = places[next++];
             records.bytes.insert(records.bytes.end(), bytes + place, bytes + place + length);
+            ++records.count;
             chained = place + length;
-        }
+        } while (next < places.size() && Original(at + places[next].at) < limit &&
+                 (m_damaged || places[next].at == chained));
         TakeRecords(from, std::move(records));
     }
     m_damaged = true;

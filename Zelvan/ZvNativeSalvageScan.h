@@ -109,7 +109,9 @@ private:
     void CountBlock();
     void LeaveEndedScopes(uint64_t at);
     /// The position in the file as it was, as far as the place of the clients tells.
-    uint64_t Original(uint64_t at) const { return m_damaged ? uint64_t(int64_t(at) - m_shift) : at; }
+    uint64_t Original(uint64_t at) const {
+        return !m_damaged ? at : int64_t(at) > m_shift ? uint64_t(int64_t(at) - m_shift) : 0;
+    }
     Scope& Here() { return m_scopes.back(); }
     const Scope& Here() const { return m_scopes.back(); }
 
