@@ -20,9 +20,7 @@ void ZvVRecordNew::Do() {
     ZvTable* table = m_key.Table(*Drawing());
     const XStringW name = m_record ? m_record->GetName() : XStringW();
     // A name that is taken gets a number; one that no record may have stays out.
-    m_refused =
-        !table || !m_record || (!name.IsEmpty() && !table->GetByName(name) && !table->IsNewNameValid(name));
-    if (m_refused) {
+    if (!table || !m_record || (!name.IsEmpty() && !table->GetByName(name) && !table->IsNewNameValid(name))) {
         if (m_record)
             ZvErrors::Report(ZvErrorCode::BadRecordName, name.ToUtf8());
         return Refuse(table && m_record
@@ -32,8 +30,7 @@ void ZvVRecordNew::Do() {
     m_before = table->GetCounters();
     m_formerCurrent = table->GetCurrent() ? table->GetCurrent()->GetId() : 0;
     const ZvTableRecord* record = m_record.get();
-    m_refused = !Zv::Ok(table->Insert(std::move(m_record)));
-    if (m_refused)
+    if (!Zv::Ok(table->Insert(std::move(m_record))))
         return Refuse(ZvStrings::GetW(ZvStr::RefusedRecord));
     m_key.id = record->GetId();
     AddLayerUsed(m_key.FindLayer(*Drawing()));
@@ -42,7 +39,7 @@ void ZvVRecordNew::Do() {
 
 void ZvVRecordNew::Undo() {
     ZvTableRecord* record = m_key.Find(*Drawing());
-    if (m_refused || !record)
+    if (IsRefused() || !record)
         return;
     ZvTable& table = *record->GetTable();
     const bool wasCurrent = table.GetCurrent() == record;
@@ -55,7 +52,7 @@ void ZvVRecordNew::Undo() {
 }
 
 bool ZvVRecordNew::Redo() {
-    if (m_refused)
+    if (IsRefused())
         return true;
     ZvTable* table = m_key.Table(*Drawing());
     if (!m_flagged)

@@ -16,13 +16,12 @@ public:
 
     /// The record, in its table or undone; null when the table refused it.
     ZvTableRecord* Record() const;
-    bool WasRefused() const { return m_refused; }
 
     Kind GetKind() const override { return Kind::Record; }
     void FlushNeverDone() override;
     XStringW DefaultName() const override;
     size_t MemUsage() const override;
-    bool IsNullOp() const override { return m_refused; }
+    bool IsNullOp() const override { return IsRefused(); }
     void Do() override;
     void Undo() override;
     bool Redo() override;
@@ -32,6 +31,5 @@ private:
     std::unique_ptr<ZvTableRecord> m_record; ///< while it is not in the table
     ZvTable::Counters m_before, m_after;
     uint32_t m_formerCurrent = 0; ///< id
-    bool m_refused = false;
-    bool m_flagged = false; ///< undone by its erased flag, since other records had come after it
+    bool m_flagged = false;       ///< undone by its erased flag, since other records had come after it
 };

@@ -39,14 +39,14 @@ bool ZvVTransform::IsNullOp() const {
 void ZvVTransform::Do() {
     LeaveOutGone("ZvVTransform.Do");
     m_originals.Clear();
-    m_refused = 0;
+    m_leftOut = 0;
     if (!IsFinite(m_xform))
-        m_refused = Entities().Count();
+        m_leftOut = Entities().Count();
     else if (!IsNullOp())
         for (int i = 0; i < Entities().Count(); ++i)
             TransformOne(*Entities().GetEntity(i));
-    if (m_refused > 0)
-        Refuse(XStringW::Format(ZvStrings::Get(ZvStr::RefusedCoordinates), m_refused), m_originals.IsEmpty());
+    if (m_leftOut > 0)
+        Refuse(XStringW::Format(ZvStrings::Get(ZvStr::RefusedCoordinates), m_leftOut), m_originals.IsEmpty());
 }
 
 void ZvVTransform::TransformOne(ZvEntity& entity) {
@@ -61,7 +61,7 @@ void ZvVTransform::TransformOne(ZvEntity& entity) {
     XStringW reason;
     if (!entity.OkForInsertion(&reason)) {
         m_originals.RestoreLast(entity);
-        ++m_refused;
+        ++m_leftOut;
     }
 }
 

@@ -9,9 +9,6 @@ public:
     ZvVTransform(const ZvSelection& entities, const Mat4d& xform);
 
     const Mat4d& Transformation() const { return m_xform; }
-    /// Entities that Do left as they were since the result could not be stored (a matrix that is not finite or makes
-    /// coordinates too large).
-    int RefusedCount() const { return m_refused; }
 
     Kind GetKind() const override { return Kind::Transform; }
     XStringW DefaultName() const override;
@@ -26,5 +23,5 @@ private:
 
     Mat4d m_xform;
     ZvOriginals m_originals;
-    int m_refused = 0;
+    int m_leftOut = 0; ///< entities that could not be stored as the result of the last Do
 };
