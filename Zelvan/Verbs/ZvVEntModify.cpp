@@ -29,7 +29,8 @@ bool ZvVEntModify::StoreModified() {
 }
 
 bool ZvVEntModify::AddModified(const ZvEntity& entity, std::unique_ptr<ZvEntity> state) {
-    if (!state || state->GetFullCode() != entity.GetFullCode() || !Entities().Contains(&entity))
+    if (!state || state->GetFullCode() != entity.GetFullCode() || !Entities().Contains(&entity) ||
+        !m_stated.insert(entity.Name32()).second)
         return false;
     m_modified.Take(entity, std::move(state));
     m_applyInDo = true;
@@ -53,6 +54,7 @@ size_t ZvVEntModify::MemUsage() const {
 void ZvVEntModify::Do() {
     if (m_applyInDo)
         MakeModified();
+    m_stated = {};
 }
 
 void ZvVEntModify::Undo() {

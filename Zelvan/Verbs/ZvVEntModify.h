@@ -1,6 +1,7 @@
 #pragma once
 #include "Zelvan/Verbs/ZvEntitySnapshots.h"
 #include "Zelvan/Verbs/ZvVerb.h"
+#include <unordered_set>
 
 /// Changes of entities, kept as full copies before and after.
 ///
@@ -16,7 +17,7 @@ public:
     /// Copies all added entities as they are now. False (error 10041, nothing stored) when there are modified
     /// copies. Entities that are gone are left out and reported, which makes the verb impossible to redo.
     bool StoreModified();
-    /// False for an entity that was not added, and for a state of another kind.
+    /// False for an entity that was not added or has its modified copy, and for a state of another kind.
     bool AddModified(const ZvEntity& entity, std::unique_ptr<ZvEntity> state);
     bool AddOriginalAndModified(const ZvEntity& entity, std::unique_ptr<ZvEntity> state);
     size_t OriginalCount() const { return m_originals.Count(); }
@@ -38,5 +39,6 @@ private:
     void MakeAll(const ZvEntitySnapshots& copies);
 
     ZvEntitySnapshots m_originals, m_modified;
+    std::unordered_set<uint32_t> m_stated; ///< until Do: entities whose modified copy was handed over
     bool m_applyInDo = false;
 };

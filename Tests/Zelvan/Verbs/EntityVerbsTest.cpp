@@ -54,6 +54,7 @@ TEST_F(EntityVerbsTest, EveryKindComesBackToTheByte) {
     EXPECT_TRUE(modify->AddOriginalAndModified(*road, Longer(*road)));
     EXPECT_TRUE(modify->AddOriginal(*river));
     EXPECT_TRUE(modify->AddModified(*river, Longer(*river)));
+    EXPECT_FALSE(modify->AddModified(*river, Longer(*river))) << "a second could never be redone";
     ExpectDoUndoRedo(modify, before);
 }
 
