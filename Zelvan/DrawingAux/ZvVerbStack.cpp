@@ -128,7 +128,7 @@ void ZvVerbStack::DoVerbInternal(std::unique_ptr<ZvVerb> owned) {
     m_drawing.MakeCurrentDrawing();
     const ZvWaitCursor wait(m_drawing.Host());
     PurgeAfterPosition();
-    const bool wasClean = !m_drawing.IsModified() && !m_drawing.DrawingIO()->IsUnsaved();
+    const bool wasClean = !m_drawing.DrawingIO()->IsUnsaved() && !m_drawing.IsModified();
     if (verb.ChangesDrawing())
         m_drawing.SetModified();
     Trim(verb.MemUsage(), 1);

@@ -29,8 +29,11 @@ bool ZvVEntModify::StoreModified() {
 }
 
 bool ZvVEntModify::AddModified(const ZvEntity& entity, std::unique_ptr<ZvEntity> state) {
-    if (!state || state->GetFullCode() != entity.GetFullCode() || !Entities().Contains(&entity) ||
-        !m_stated.insert(entity.Name32()).second)
+    if (!state || state->GetFullCode() != entity.GetFullCode() || !Entities().Contains(&entity))
+        return false;
+    if (!m_stated)
+        m_stated = std::make_unique<std::unordered_set<uint32_t>>();
+    if (!m_stated->insert(entity.Name32()).second)
         return false;
     m_modified.Take(entity, std::move(state));
     m_applyInDo = true;
@@ -54,7 +57,7 @@ size_t ZvVEntModify::MemUsage() const {
 void ZvVEntModify::Do() {
     if (m_applyInDo)
         MakeModified();
-    m_stated = {};
+    m_stated.reset();
 }
 
 void ZvVEntModify::Undo() {

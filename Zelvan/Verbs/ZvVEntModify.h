@@ -1,6 +1,7 @@
 #pragma once
 #include "Zelvan/Verbs/ZvEntitySnapshots.h"
 #include "Zelvan/Verbs/ZvVerb.h"
+#include <memory>
 #include <unordered_set>
 
 /// Changes of entities, kept as full copies before and after.
@@ -39,6 +40,7 @@ private:
     void MakeAll(const ZvEntitySnapshots& copies);
 
     ZvEntitySnapshots m_originals, m_modified;
-    std::unordered_set<uint32_t> m_stated; ///< until Do: entities whose modified copy was handed over
+    std::unique_ptr<std::unordered_set<uint32_t>>
+        m_stated; ///< until Do: whose modified copies were handed over
     bool m_applyInDo = false;
 };
