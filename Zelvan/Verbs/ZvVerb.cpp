@@ -3,7 +3,7 @@
 #include "Zelvan/DrawingAux/ZvEntityAssociator.h"
 #include "Zelvan/DrawingAux/ZvVerbStack.h"
 #include "Zelvan/Entities/ZvEntity.h"
-#include "Zelvan/Tables/ZvLayer.h"
+#include "Zelvan/Tables/ZvLayerTable.h"
 #include "Zelvan/Verbs/ZvFieldGain.h"
 #include "Zelvan/ZvDrawing.h"
 #include "ZvCore/ZvErrors.h"
@@ -11,16 +11,27 @@
 #include <map>
 #include <unordered_map>
 
+namespace {
+
+constexpr size_t kHeapBlock = 16; ///< what the heap takes beside each of many small blocks
+
+template <class Item>
+size_t BlockOf(const std::vector<Item>& items) {
+    return items.capacity() ? items.capacity() * sizeof(Item) + kHeapBlock : 0;
+}
+
+} // namespace
+
 /// What became of what, and what GiveMeta gave, in order.
 struct ZvVerb::Lineage {
     struct GivenRow {
-        ZvLayer* layer;
+        uint32_t layerId; ///< a layer may be deleted without a verb
         uint32_t name;
     };
     /// What was taken back, newest first, for the next time: whoever gave it may be gone for good by then.
     struct Taken {
         std::vector<GivenRow> rows;
-        std::map<const ZvLayer*, ZvAttributeTable> values;
+        std::map<uint32_t, ZvAttributeTable> values; ///< by layer id
         std::vector<Pair> partners;
 
         void Forget(const ZvSelection& leaving);
@@ -29,7 +40,7 @@ struct ZvVerb::Lineage {
     std::vector<Pair> pairs, metaPairs;
     std::vector<GivenRow> rows;
     std::vector<Pair> partners;
-    std::map<ZvLayer*, ZvFieldGain> fields; ///< that layers got with the rows, now or the last time
+    std::map<uint32_t, ZvFieldGain> fields; ///< that layers (by id) got with the rows, now or the last time
     std::unique_ptr<Taken> taken;
 
     static bool Leaves(const Pair& pair, const ZvSelection& leaving) {
@@ -50,7 +61,7 @@ size_t ZvVerb::Lineage::Taken::MemUsage() const {
 void ZvVerb::Lineage::Taken::Forget(const ZvSelection& leaving) {
     std::erase_if(partners, [&](const Pair& pair) { return Leaves(pair, leaving); });
     std::erase_if(rows, [&](const GivenRow& row) {
-        return leaving.Contains(ZvName(row.name)) && values[row.layer].RemoveRow(ZvName(row.name));
+        return leaving.Contains(ZvName(row.name)) && values[row.layerId].RemoveRow(ZvName(row.name));
     });
 }
 
@@ -68,16 +79,15 @@ void ZvVerb::Lineage::Give(ZvLayer& to, ZvName heir, const ZvAttributeTable& fro
     const int before = ZvFieldGain::FieldCount(to);
     if (!to.Attributes().CopyRow(heir, from, source))
         return;
-    rows.push_back({&to, heir.value});
+    rows.push_back({to.GetId(), heir.value});
     if (ZvFieldGain::FieldCount(to) > before)
-        fields[&to].Note(to, before);
+        fields[to.GetId()].Note(to, before);
 }
 
 size_t ZvVerb::Lineage::MemUsage() const {
-    size_t bytes = sizeof(*this) +
-                   (pairs.capacity() + metaPairs.capacity() + partners.capacity()) * sizeof(Pair) +
-                   rows.capacity() * sizeof(GivenRow) + (taken ? taken->MemUsage() : 0);
-    for (const auto& [layer, gain] : fields)
+    size_t bytes = sizeof(*this) + kHeapBlock + BlockOf(pairs) + BlockOf(metaPairs) + BlockOf(partners) +
+                   BlockOf(rows) + (taken ? taken->MemUsage() : 0);
+    for (const auto& [id, gain] : fields)
         bytes += gain.MemUsage();
     return bytes;
 }
@@ -202,8 +212,9 @@ const std::vector<ZvVerb::Pair>& ZvVerb::MetaPairs() const {
 void ZvVerb::GiveMeta() {
     if (!m_lineage || !m_drawing)
         return;
-    for (const auto& [layer, gain] : m_lineage->fields)
-        gain.BringBack(*layer);
+    for (const auto& [id, gain] : m_lineage->fields)
+        if (ZvLayer* layer = m_drawing->LayerTable()->GetById(id))
+            gain.BringBack(*layer);
     if (m_lineage->taken)
         return GiveMetaAgain();
     ZvEntityAssociator& associator = *m_drawing->EntityAssociator();
@@ -227,7 +238,8 @@ void ZvVerb::GiveMeta() {
 void ZvVerb::GiveMetaAgain() {
     const std::unique_ptr<Lineage::Taken> taken = std::move(m_lineage->taken);
     for (auto row = taken->rows.rbegin(); row != taken->rows.rend(); ++row)
-        m_lineage->Give(*row->layer, ZvName(row->name), taken->values[row->layer], ZvName(row->name));
+        if (ZvLayer* layer = m_drawing->LayerTable()->GetById(row->layerId))
+            m_lineage->Give(*layer, ZvName(row->name), taken->values[row->layerId], ZvName(row->name));
     for (auto pair = taken->partners.rbegin(); pair != taken->partners.rend(); ++pair)
         if (m_drawing->EntityAssociator()->Associate(ZvName(pair->from), ZvName(pair->to)))
             m_lineage->partners.push_back(*pair);
@@ -244,13 +256,17 @@ void ZvVerb::TakeBackMeta() {
     }
     for (; !m_lineage->rows.empty(); m_lineage->rows.pop_back()) {
         const Lineage::GivenRow& given = m_lineage->rows.back();
-        ZvAttributeTable& table = given.layer->Attributes();
-        if (taken->values[given.layer].CopyRow(ZvName(given.name), table, ZvName(given.name)))
+        ZvLayer* layer = m_drawing->LayerTable()->GetById(given.layerId);
+        if (!layer)
+            continue;
+        ZvAttributeTable& table = layer->Attributes();
+        if (taken->values[given.layerId].CopyRow(ZvName(given.name), table, ZvName(given.name)))
             taken->rows.push_back(given);
         table.RemoveRow(ZvName(given.name));
     }
-    for (const auto& [layer, gain] : m_lineage->fields)
-        gain.TakeAway(*layer);
+    for (const auto& [id, gain] : m_lineage->fields)
+        if (ZvLayer* layer = m_drawing->LayerTable()->GetById(id))
+            gain.TakeAway(*layer);
     if (!taken->rows.empty() || !taken->partners.empty())
         m_lineage->taken = std::move(taken);
 }
